@@ -1,0 +1,7 @@
+/* ostrel/ostrel.h - the whole library API. */
+#ifndef OSTREL_ALL_H
+#define OSTREL_ALL_H
+
+#include "ostrel/Ostrel.h"
+
+#endif /* OSTREL_ALL_H */

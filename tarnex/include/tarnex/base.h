@@ -1,0 +1,96 @@
+/*
+ * tarnex/base.h - the foundation's start and stop, memory, misuse reports
+ * and atomic counters.
+ *
+ * Conventions of every tarnex header:
+ *   1. Plain C, usable from C and C++. Integers are fixed-width; a flag is
+ *      an int32_t that is 0 or not 0.
+ *   2. Lengths and counts are int32_t. A negative length passed where a
+ *      text may be NUL-terminated means "up to the terminator"; elsewhere a
+ *      negative length is treated as 0 unless the function says otherwise.
+ *   3. Positions in streams are 64-bit.
+ *   4. Allocators take the caller's source file and line, so that leaks and
+ *      misuse can be traced to the place that made the object.
+ *   5. Misuse (a null or dead object, a broken precondition) is not a result
+ *      code: it goes to ObjUtil_crashExit or kvo_assert__, each of which
+ *      reports through a replaceable handler.
+ */
+#ifndef TARNEX_BASE_H
+#define TARNEX_BASE_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#if defined(_WIN32)
+#define TARNEX_API __declspec(dllexport)
+#else
+#define TARNEX_API __attribute__((visibility("default")))
+#endif
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* One unit of 16-bit text, in host byte order. */
+typedef uint16_t KvoWchar;
+
+/* Result codes shared by the foundation and the library. */
+#define KVO_EOS (-202)       /* end of stream */
+#define KVO_MALFORMED (-251) /* malformed input */
+#define KVO_CANT (-81)       /* a value the operation cannot handle */
+#define KVO_NOFILE (-64)     /* a file that cannot be opened */
+
+/* ---- Start and stop ---------------------------------------------------- */
+
+/* Starts the foundation. Returns 0. Calls nest: each Tarnex_init needs one
+ * Tarnex_exit. The foundation works without being started; starting only
+ * resets the trace manager to its defaults on the first start. */
+TARNEX_API int32_t Tarnex_init(void);
+TARNEX_API void Tarnex_exit(void);
+/* How many starts are outstanding (for tests and diagnostics). */
+TARNEX_API int32_t Tarnex_startCount(void);
+
+/* Atomically add or take 1 from *word and give the new value. */
+TARNEX_API int32_t AlAtom_inc(volatile int32_t *word);
+TARNEX_API int32_t AlAtom_dec(volatile int32_t *word);
+
+/* ---- Memory -------------------------------------------------------------- */
+
+/* Never returns null: when memory is exhausted the crash exit is taken.
+ * A size of 0 gives a valid, unique pointer. */
+TARNEX_API void *kvo_malloc__(size_t size, const char *file, int32_t line);
+/* Grows or shrinks p (which may be null); never returns null. */
+TARNEX_API void *kvo_realloc__(void *p, size_t size, const char *file, int32_t line);
+/* Frees p; a null p is allowed and does nothing. */
+TARNEX_API void kvo_free__(void *p, const char *file, int32_t line);
+
+/* Number of kvo_malloc__ and growing kvo_realloc__ calls since the process
+ * started (relaxed counter; for benchmarks and tests that count heap use). */
+TARNEX_API uint64_t Tarnex_allocCount(void);
+
+/* ---- Misuse reports --------------------------------------------------------- */
+
+/* Reports a broken precondition `text` found at file:line, then returns.
+ * Code behind a call goes on safely, because input can reach it. */
+TARNEX_API void kvo_assert__(const char *text, const char *file, int32_t line);
+
+/* Reports a wrong or dead object at file:line and ends the process. If a
+ * replaced handler returns, the process is still ended with abort(). */
+TARNEX_API void ObjUtil_crashExit(const char *file, int32_t line);
+
+typedef void (*KvoAssertHandler)(void *ctx, const char *text, const char *file,
+                                 int32_t line);
+typedef void (*KvoCrashHandler)(void *ctx, const char *file, int32_t line);
+
+/* Replace the handlers; null restores the default (a line on stderr).
+ * Each setter gives back the handler it replaced through *oldCtx/return. */
+TARNEX_API KvoAssertHandler Tarnex_setAssertHandler(KvoAssertHandler fn, void *ctx,
+                                                    void **oldCtx);
+TARNEX_API KvoCrashHandler Tarnex_setCrashHandler(KvoCrashHandler fn, void *ctx,
+                                                  void **oldCtx);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif /* TARNEX_BASE_H */

@@ -1,0 +1,35 @@
+/* Compiled as C: proves the public headers are C and the library links from C. */
+#include <stdio.h>
+#include <string.h>
+
+#include "ostrel/ostrel.h"
+
+#define CHECK(cond)                                                  \
+  do {                                                               \
+    if (!(cond)) {                                                   \
+      fprintf(stderr, "%s:%d: check failed: %s\n", __FILE__, __LINE__, #cond); \
+      return 1;                                                      \
+    }                                                                \
+  } while (0)
+
+int main(void) {
+  CHECK(Ostrel_init() == 0);
+  {
+    char buf[8];
+    KvoStr s;
+    StrExt_new__(&s, buf, (int32_t)sizeof buf);
+    KvoStr_setStr(&s, "a longer text than eight");
+    CHECK(KvoStr_len(&s) == 24);
+    CHECK(strcmp(KvoStr_buf(&s), "a longer text than eight") == 0);
+    KvoStr_delete(&s);
+  }
+  {
+    MemStrm storage;
+    IStrm *m = MemStrm_xcreatex__(&storage, 0, __FILE__, __LINE__);
+    CHECK(IStrm_printf(m, "%d", 42) == 2);
+    CHECK(IStrm_size(m) == 2);
+    IStrm_delete(m);
+  }
+  Ostrel_exit();
+  return 0;
+}
