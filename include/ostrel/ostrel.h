@@ -3,5 +3,6 @@
 #define OSTREL_ALL_H
 
 #include "ostrel/Ostrel.h"
+#include "ostrel/VpiEd.h"
 
 #endif /* OSTREL_ALL_H */

@@ -1,1 +1,444 @@
+// The property lexer and the line readers. Every case runs over several
+// feeds of the same text: the string stream's own peek window, no peek at
+// all (getc/ungetc only) and windows of 1, 2 and 5 bytes, so each case also
+// checks the window boundaries; all feeds must agree.
 #include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <cstdlib>
+#include <fstream>
+#include <functional>
+#include <iterator>
+#include <string>
+#include <string_view>
+
+#include "tarnex/lex.h"
+#include "tarnex/scratch.hpp"
+
+namespace {
+
+using tarnex::ScratchMemStrm;
+using tarnex::ScratchStr;
+using tarnex::ScratchStrStrm;
+
+// ---- feeds --------------------------------------------------------------------
+
+// Forwards to a string stream but shows at most `chunk` bytes through peek,
+// or has no peek at all (chunk 0). `failAt` >= 0 makes getc fail there.
+struct FeedStrm {
+  IStrm base;
+  IStrm *inner;
+  int64_t chunk;
+  int64_t failAt;
+};
+
+FeedStrm *feed(IStrm *s) { return reinterpret_cast<FeedStrm *>(s); }
+void fDel(IStrm *) {}
+int32_t fPutc(IStrm *s, int32_t c) { return IStrm_putc(feed(s)->inner, c); }
+int32_t fGetc(IStrm *s) {
+  FeedStrm *f = feed(s);
+  if (f->failAt >= 0 && IStrm_tell(f->inner) >= f->failAt) return -5;
+  return IStrm_getc(f->inner);
+}
+int32_t fUngetc(IStrm *s, int32_t c) { return IStrm_ungetc(feed(s)->inner, c); }
+int32_t fRead(IStrm *s, void *b, int32_t n) { return IStrm_read(feed(s)->inner, b, n); }
+int32_t fWrite(IStrm *s, const void *b, int32_t n) { return IStrm_write(feed(s)->inner, b, n); }
+int32_t fSeek(IStrm *s, uint32_t lo, int32_t hi, int32_t wh) {
+  return feed(s)->inner->ops->seek(feed(s)->inner, lo, hi, wh);
+}
+int64_t fTell(IStrm *s) { return IStrm_tell(feed(s)->inner); }
+int64_t fSize(IStrm *s) { return IStrm_size(feed(s)->inner); }
+int32_t fClear(IStrm *s) { return IStrm_clear(feed(s)->inner); }
+int64_t fPeek(IStrm *s, const uint8_t **p) {
+  const int64_t n = IStrm_peek(feed(s)->inner, p);
+  return n < feed(s)->chunk ? n : feed(s)->chunk;
+}
+constexpr IStrmOps kChunkOps = {fDel, fPutc, fGetc,  fUngetc, fRead, fWrite,
+                                fSeek, fTell, fSize, fClear,  fPeek};
+constexpr IStrmOps kNoPeekOps = {fDel, fPutc, fGetc,  fUngetc, fRead, fWrite,
+                                 fSeek, fTell, fSize, fClear,  nullptr};
+
+constexpr int64_t kOwnPeek = -1;
+constexpr int64_t kFeeds[] = {kOwnPeek, 0, 1, 2, 5};
+
+struct Opened {
+  explicit Opened(std::string_view text, int64_t chunk, int64_t failAt = -1)
+      : str(text), f{{chunk == 0 ? &kNoPeekOps : &kChunkOps}, str.get(), chunk, failAt} {}
+  IStrm *get() { return f.chunk == kOwnPeek && f.failAt < 0 ? str.get() : &f.base; }
+  ScratchStrStrm str;
+  FeedStrm f;
+};
+
+std::string shown(std::string_view bytes) {
+  std::string out;
+  for (unsigned char c : bytes) {
+    if (c >= 0x20 && c < 0x7F && c != '\\') {
+      out += static_cast<char>(c);
+    } else {
+      char hex[8];
+      std::snprintf(hex, sizeof hex, "\\x%02X", c);
+      out += hex;
+    }
+  }
+  return out;
+}
+
+std::string contents(IStrm *s) {
+  std::string out(static_cast<size_t>(IStrm_size(s)), '\0');
+  IStrm_rewind(s);
+  if (!out.empty()) IStrm_read(s, out.data(), static_cast<int32_t>(out.size()));
+  return out;
+}
+
+using Reader = std::function<int32_t(IStrm *in, IStrm *val)>;
+
+// Calls the reader until it gives a negative code; renders each call as
+// "[value]code@position".
+std::string renderCalls(const Reader &read, IStrm *in) {
+  std::string out;
+  for (int i = 0; i < 50; ++i) {
+    ScratchMemStrm val(16);
+    const int32_t code = read(in, val);
+    out += "[" + shown(contents(val)) + "]" + std::to_string(code) + "@" +
+           std::to_string(IStrm_tell(in)) + " ";
+    if (code < 0) break;
+  }
+  return out;
+}
+
+std::string everyFeed(const std::function<std::string(IStrm *)> &run, std::string_view text) {
+  std::string first;
+  for (int64_t chunk : kFeeds) {
+    Opened in(text, chunk);
+    const std::string got = run(in.get());
+    if (chunk == kOwnPeek) {
+      first = got;
+    } else {
+      EXPECT_EQ(got, first) << "feed with chunk " << chunk << " on \"" << shown(text) << "\"";
+    }
+  }
+  return first;
+}
+
+std::string calls(const Reader &read, std::string_view text) {
+  return everyFeed([&](IStrm *in) { return renderCalls(read, in); }, text);
+}
+
+const Reader kPlain = [](IStrm *in, IStrm *v) { return KvoLex_getLine(in, v, 1, 0); };
+const Reader kPlainSoft = [](IStrm *in, IStrm *v) { return KvoLex_getLine(in, v, 1, 1); };
+const Reader kPlainFlat = [](IStrm *in, IStrm *v) { return KvoLex_getLine(in, v, 0, 0); };
+const Reader kQp = [](IStrm *in, IStrm *v) { return KvoLex_getLineQp(in, v, 1); };
+const Reader kB64 = [](IStrm *in, IStrm *v) { return KvoLex_getLineBase(in, v, 1); };
+const Reader kB64Flat = [](IStrm *in, IStrm *v) { return KvoLex_getLineBase(in, v, 0); };
+
+struct Row {
+  const Reader *reader;
+  const char *text;
+  const char *want;
+};
+
+void runRows(std::initializer_list<Row> rows) {
+  for (const Row &r : rows) EXPECT_EQ(calls(*r.reader, r.text), r.want) << shown(r.text);
+}
+
+// ---- line readers ----------------------------------------------------------------
+
+TEST(LexLine, EveryLineEndStyleInEveryReader) {
+  runRows({
+      {&kPlain, "ab\r\ncd", "[ab]0@4 [cd]-202@6 "},
+      {&kPlain, "ab\ncd", "[ab]0@3 [cd]-202@5 "},
+      {&kPlain, "ab\rcd", "[ab]0@3 [cd]-202@5 "},
+      {&kPlain, "ab\n\rcd", "[ab]0@3 []0@4 [cd]-202@6 "},
+      {&kQp, "=41\r\n=42", "[A]0@5 [B]-202@8 "},
+      {&kQp, "=41\n=42", "[A]0@4 [B]-202@7 "},
+      {&kQp, "=41\r=42", "[A]0@4 [B]-202@7 "},
+      // After a line end a Base64 value looks at the next line: ";:" stops it.
+      {&kB64, "QUJD\r\n;:QUJD", "[ABC]0@6 [ABC]-202@12 "},
+      {&kB64, "QUJD\n;:QUJD", "[ABC]0@5 [ABC]-202@11 "},
+      {&kB64, "QUJD\r;:QUJD", "[ABC]0@5 [ABC]-202@11 "},
+  });
+}
+
+TEST(LexLine, FoldsJoinWithOneBlankDropped) {
+  runRows({
+      {&kPlain, "ab\r\n cd\n\tef\r gh\r\nX", "[abcdefgh]0@17 [X]-202@18 "},
+      {&kPlain, "ab\r\n  cd\r\n", "[ab cd]0@10 []-202@10 "},
+      {&kPlainFlat, "ab\r\n cd\r\n", "[ab]0@4 [ cd]0@9 []-202@9 "},
+      // An empty line ends the value, even when a fold follows it.
+      {&kPlain, "ab\r\n\r\n cd", "[ab]0@4 [cd]-202@9 "},
+      {&kQp, "a=\r\n\r\nb", "[a]0@6 [b]-202@7 "},
+      {&kQp, "ab\r\n cd", "[abcd]-202@7 "},
+  });
+}
+
+TEST(LexLine, SoftBreaks) {
+  runRows({
+      // The property layer passes 0: a plain value keeps its "=".
+      {&kPlain, "sign=\nTEL:1", "[sign=]0@6 [TEL:1]-202@11 "},
+      {&kPlainSoft, "ab=\r\ncd=\ref=\ngh\r\n", "[abcdefgh]0@17 []-202@17 "},
+      {&kPlainSoft, "a=b=", "[a=b=]-202@4 "},
+      // The line after a soft break is text from its first byte.
+      {&kQp, "come=\r\n to\r\n", "[come to]0@12 []-202@12 "},
+      {&kQp, "=\r\n=41=\n=42=\r=43\r\nX", "[ABC]0@18 [X]-202@19 "},
+      // A soft break before an empty line: the empty line ends the value.
+      {&kQp, "Joseph=\n\nTEL;HOME:028\n", "[Joseph]0@9 [TEL;HOME:028]0@22 []-202@22 "},
+  });
+}
+
+TEST(LexLine, QuotedPrintableEscapes) {
+  runRows({
+      {&kQp, "H=C3=B6r=c3=b6", "[H\\xC3\\xB6r\\xC3\\xB6]-202@14 "},
+      {&kQp, "a=G1b", "[a=G1b]-202@5 "},
+      {&kQp, "a=4G", "[a=4G]-202@4 "},
+      {&kQp, "a==41", "[a=A]-202@5 "},
+      {&kQp, "a=4=41", "[a=4A]-202@6 "},
+      {&kQp, "a=4\r\nb", "[a=4]0@5 [b]-202@6 "},
+      {&kQp, "a=4", "[a=4]-202@3 "},
+      {&kQp, "a=", "[a=]-202@2 "},
+      {&kQp, "=0D=0A=00", "[\\x0D\\x0A\\x00]-202@9 "},
+  });
+}
+
+TEST(LexLine, Base64RunsOnUntilBlankLineOrNextProperty) {
+  runRows({
+      // 2.1, indented and ended by a blank line, which is taken.
+      {&kB64, "QUJD\r\n    REVG\r\n\r\nTEL:1", "[ABCDEF]0@18 [LB\\xF5]-202@23 "},
+      // 2.1, not indented, no blank line: the property line stops it.
+      {&kB64, "QUJD\r\nREVG\r\nTEL;HOME:1\r\n", "[ABCDEF]0@12 [LB\\xC78\\xC15]0@24 []-202@24 "},
+      // 3.0 folded in mid-quantum, then the next property.
+      {&kB64, "QU\r\n JDREVG\r\nEND:VCARD\r\n", "[ABCDEF]0@13 [\\x10\\xD0\\xD5\\x08\\x04C]0@24 []-202@24 "},
+      // Bytes outside the alphabet on the value's own lines are dropped.
+      {&kB64, "QU*J D\t\r\n QQ==\r\n", "[ABCA]0@16 []-202@16 "},
+      {&kB64, "QUJD\r\n", "[ABC]0@6 []-202@6 "},
+      {&kB64, "QUJD\r\n\r\n", "[ABC]0@8 []-202@8 "},
+      {&kB64, "QUJD\r\nQUJD", "[ABCABC]-202@10 "},
+      {&kB64Flat, "QUJD\r\n REVG\r\n", "[ABC]0@6 [DEF]0@13 []-202@13 "},
+      // A photo of a phone: a ':' inside its data, then a blank line.
+      {&kB64, "QUJD:QUJD==\r\n\r\nEND:VCARD", "[ABCABC]0@15 [\\x10\\xD0\\xD5\\x08\\x04C]-202@24 "},
+  });
+}
+
+TEST(LexLine, Base64Padding) {
+  runRows({
+      {&kB64, "QQ==", "[A]-202@4 "},
+      {&kB64, "QUI=", "[AB]-202@4 "},
+      {&kB64, "QUI", "[AB]-202@3 "},
+      {&kB64, "Q", "[]-202@1 "},
+      {&kB64, "QQ==QUI=", "[AAB]-202@8 "},
+      {&kB64, "====", "[]-202@4 "},
+  });
+}
+
+// Every byte value, through independent encoders, in values longer than
+// any internal buffer.
+TEST(LexLine, AllBytesRoundTripInLongValues) {
+  std::string raw;
+  for (int i = 0; i < 4000; ++i) raw += static_cast<char>((i * 7 + i / 256) & 0xFF);
+  static const char kAlpha[] =
+      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  std::string b64, qp, plain;
+  for (size_t i = 0; i < raw.size(); i += 3) {
+    const size_t n = std::min<size_t>(3, raw.size() - i);
+    uint32_t w = 0;
+    for (size_t k = 0; k < 3; ++k) w = w << 8 | (k < n ? static_cast<uint8_t>(raw[i + k]) : 0);
+    for (size_t k = 0; k < 4; ++k) b64 += k <= n ? kAlpha[(w >> (18 - 6 * k)) & 63] : '=';
+    if (i % 57 == 54) b64 += "\r\n ";
+  }
+  for (size_t i = 0; i < raw.size(); ++i) {
+    char esc[4];
+    std::snprintf(esc, sizeof esc, "=%02X", static_cast<uint8_t>(raw[i]));
+    qp += esc;
+    if (i % 25 == 24) qp += "=\r\n";
+    const char c = static_cast<char>('a' + i % 26);
+    plain += c;
+    if (i % 70 == 69) plain += "\r\n ";
+  }
+  auto decoded = [](const Reader &r, const std::string &text) {
+    return everyFeed(
+        [&](IStrm *in) {
+          ScratchMemStrm val(0);
+          const int32_t code = r(in, val);
+          return std::to_string(code) + ":" + contents(val);
+        },
+        text + "\r\nEND:X");
+  };
+  EXPECT_EQ(decoded(kB64, b64), "0:" + raw);
+  EXPECT_EQ(decoded(kQp, qp), "0:" + raw);
+  std::string joined;
+  for (size_t i = 0; i < raw.size(); ++i) joined += static_cast<char>('a' + i % 26);
+  EXPECT_EQ(decoded(kPlain, plain), "0:" + joined);
+}
+
+TEST(LexLine, ValueIsWrittenAtThePositionOfVal) {
+  ScratchStrStrm in("ab\r\n");
+  ScratchMemStrm val(0);
+  IStrm_puts(val, "0123456", -1);
+  IStrm_seek(val, 2, KVO_SEEK_SET);
+  EXPECT_EQ(KvoLex_getLine(in, val, 1, 0), 0);
+  EXPECT_EQ(IStrm_tell(val), 4);
+  EXPECT_EQ(contents(val), "01ab456");
+}
+
+TEST(LexLine, NullValDropsTheValueAndMovesOn) {
+  ScratchStrStrm in("=41\r\nQUJD\r\n\r\nab\r\n");
+  EXPECT_EQ(KvoLex_getLineQp(in, nullptr, 1), 0);
+  EXPECT_EQ(KvoLex_getLineBase(in, nullptr, 1), 0);
+  EXPECT_EQ(KvoLex_getLine(in, nullptr, 1, 0), 0);
+  EXPECT_EQ(IStrm_tell(in), IStrm_size(in));
+}
+
+TEST(LexLine, FaultsOfEitherStreamArePassedOn) {
+  const std::string text = "abcdefgh=41\r\n";
+  for (const Reader *r : {&kPlain, &kQp, &kB64}) {
+    Opened in(text, 0, 4);
+    ScratchMemStrm val(0);
+    EXPECT_EQ((*r)(in.get(), val), -5);
+    ScratchStrStrm in2(text);
+    ScratchStrStrm readOnly("");
+    EXPECT_EQ((*r)(in2, readOnly), -1);
+  }
+}
+
+TEST(LexLine, NullStreamIsReported) {
+  static int reports = 0;
+  void *old = nullptr;
+  KvoAssertHandler prev = Tarnex_setAssertHandler(
+      [](void *, const char *, const char *, int32_t) { ++reports; }, nullptr, &old);
+  ScratchMemStrm val(0);
+  EXPECT_EQ(KvoLex_getLine(nullptr, val, 1, 0), KVO_EOS);
+  EXPECT_EQ(KvoLex_getLineBase(nullptr, val, 1), KVO_EOS);
+  EXPECT_EQ(KvoLex_get(nullptr, nullptr, ";", 0, 1), KVO_EOS);
+  Tarnex_setAssertHandler(prev, old, nullptr);
+  EXPECT_EQ(reports, 3);
+}
+
+// ---- tokens -------------------------------------------------------------------------
+
+std::string tokens(std::string_view text, const char *delims, int32_t flags, int32_t eol) {
+  return everyFeed(
+      [&](IStrm *in) {
+        std::string out;
+        ScratchStr<8> tok;
+        for (int i = 0; i < 60; ++i) {
+          const int32_t code = KvoLex_get(in, tok, delims, flags, eol);
+          if (code == KVO_LEX_WORD) out += "W(" + shown(tok.view()) + ") ";
+          else if (code == KVO_LEX_WORD_EOS) out += "E(" + shown(tok.view()) + ") ";
+          else if (code == KVO_LEX_EOL) out += "EOL ";
+          else if (code == KVO_EOS) out += "EOS";
+          else out += std::string(tok.view()) + "=" + std::to_string(code) + " ";
+          if (code < 0) break;
+        }
+        return out;
+      },
+      text);
+}
+
+TEST(LexGet, TokensOfAWholePropertyLine) {
+  EXPECT_EQ(tokens("TEL;TYPE=HOME,VOICE;X=\"a:b\":123\r\n", ";:=,", 0, 1),
+            "W(TEL) ;=59 W(TYPE) ==61 W(HOME) ,=44 W(VOICE) ;=59 W(X) ==61 W(\"a:b\") :=58 "
+            "W(123) EOL EOS");
+  EXPECT_EQ(tokens("X=\"a:b\":1", ":", KVO_LEX_NO_QUOTES, 1), "W(X=\"a) :=58 W(b\") :=58 E(1) EOS");
+  // Quotes open anywhere in a word; one left open ends at the line end.
+  EXPECT_EQ(tokens(";GEO=\"geo:1,2\";L=\"x:y\":v", ":", 0, 1),
+            "W(;GEO=\"geo:1,2\";L=\"x:y\") :=58 E(v) EOS");
+  EXPECT_EQ(tokens("A=\"b:c\r\n:d", ":", 0, 1), "W(A=\"b:c) EOL :=58 E(d) EOS");
+  EXPECT_EQ(tokens("a\"b", "\"", 0, 1), "W(a) \"=34 E(b) EOS");
+}
+
+TEST(LexGet, LineEndsAndFolds) {
+  EXPECT_EQ(tokens("A\r\n\nB\rC", ";", 0, 1), "W(A) EOL EOL W(B) EOL E(C) EOS");
+  EXPECT_EQ(tokens("A\r\n\nB\rC\r\n", ";", 0, 0), "W(A) W(B) W(C) EOS");
+  EXPECT_EQ(tokens("TE\r\n L;\r\n\t;X\r\n", ";", 0, 1), "W(TEL) ;=59 ;=59 W(X) EOL EOS");
+  EXPECT_EQ(tokens("A\r\n", nullptr, 0, 1), "W(A) EOL EOS");
+  EXPECT_EQ(tokens("", ";", 0, 1), "EOS");
+  EXPECT_EQ(tokens(std::string_view("a\0b;", 4), ";", 0, 1), "W(a\\x00b) ;=59 EOS");
+}
+
+// The property decoder's sequence: name, parameters, then a line reader.
+TEST(LexGet, NameParametersAndValueOfAProperty) {
+  ScratchStrStrm in("TEL;TYPE=HOME;\r\n PREF:+1 555\r\nEND:X\r\n");
+  ScratchStr<16> tok;
+  EXPECT_EQ(KvoLex_get(in, tok, ";:", 0, 1), KVO_LEX_WORD);
+  EXPECT_EQ(tok.view(), "TEL");
+  EXPECT_EQ(KvoLex_get(in, tok, ":", 0, 1), KVO_LEX_WORD);
+  EXPECT_EQ(tok.view(), ";TYPE=HOME;PREF");
+  EXPECT_EQ(KvoLex_get(in, tok, ":", 0, 1), ':');
+  ScratchMemStrm val(0);
+  EXPECT_EQ(KvoLex_getLine(in, val, 1, 0), 0);
+  EXPECT_EQ(contents(val), "+1 555");
+  EXPECT_EQ(KvoLex_getDef(in, tok, ";:"), KVO_LEX_WORD);
+  EXPECT_EQ(tok.view(), "END");
+  EXPECT_EQ(KvoLex_get(in, nullptr, ";:", 0, 1), ':');
+}
+
+TEST(LexSkip, SkipsOneLogicalLine) {
+  auto skipped = [](std::string_view text, int32_t unfold) {
+    return everyFeed(
+        [&](IStrm *in) {
+          const int32_t code = KvoLex_skipLine(in, unfold);
+          return std::to_string(code) + "@" + std::to_string(IStrm_tell(in));
+        },
+        text);
+  };
+  EXPECT_EQ(skipped("abc\r\n def\r\nX", 1), "0@11");
+  EXPECT_EQ(skipped("abc\r\n def\r\nX", 0), "0@5");
+  EXPECT_EQ(skipped("abc\rX", 1), "0@4");
+  EXPECT_EQ(skipped("abc", 1), "-202@3");
+}
+
+// ---- real files --------------------------------------------------------------------
+
+// Reads every property of a file the way the property decoder does and
+// gives the value of the first property whose name and parameters are `key`.
+std::string valueIn(const std::string &path, std::string_view key) {
+  std::ifstream f(path, std::ios::binary);
+  const std::string text((std::istreambuf_iterator<char>(f)), {});
+  ScratchStrStrm in(text);
+  ScratchStr<64> tok, params;
+  for (;;) {
+    int32_t code = KvoLex_get(in, tok, ";:", 0, 1);
+    if (code < 0) return "<not found>";
+    if (code != KVO_LEX_WORD) {
+      if (code != KVO_LEX_EOL && KvoLex_skipLine(in, 1) < 0) return "<not found>";
+      continue;
+    }
+    const std::string propName(tok.view());
+    KvoStr_clear(params);
+    code = KvoLex_get(in, tok, ":", 0, 1);
+    if (code == KVO_LEX_WORD) {
+      KvoStr_appdCstr(params, tok);
+      code = KvoLex_get(in, tok, ":", 0, 1);
+    }
+    if (code != ':') return "<malformed>";
+    const std::string p(params.view());
+    ScratchMemStrm val(0);
+    if (p.find("QUOTED-PRINTABLE") != std::string::npos) code = KvoLex_getLineQp(in, val, 1);
+    else if (p.find("BASE64") != std::string::npos || p.find("ENCODING=b") != std::string::npos)
+      code = KvoLex_getLineBase(in, val, 1);
+    else code = KvoLex_getLine(in, val, 1, 0);
+    if (propName + p == key) return contents(val);
+    if (code < 0) return "<not found>";
+  }
+}
+
+TEST(LexLine, RealFilesOfPhones) {
+  const char *dir = std::getenv("OSTREL_CORPUS");
+  if (dir == nullptr || !std::ifstream(std::string(dir) + "/vcard/gammu__se-1.vcf"))
+    GTEST_SKIP() << "corpus not found";
+  const std::string vc = std::string(dir) + "/vcard/";
+  EXPECT_EQ(valueIn(vc + "aosp-vcard__v21_complicated.vcf", "NOTE;ENCODING=QUOTED-PRINTABLE"),
+            "Now's the time for all folk to come to the aid of their country.");
+  EXPECT_EQ(valueIn(vc + "gammu__line-continuation.vcf", "TEL;WORK"), "55554444");
+  EXPECT_EQ(valueIn(vc + "aosp-vcard__v21_invalid_multiple_line.vcf", "EMAIL;INTERNET"),
+            "\"Omega\" <omega@example.com>");
+  EXPECT_EQ(valueIn(vc + "gammu__se-1.vcf", "ADR;WORK;CHARSET=UTF-8;ENCODING=QUOTED-PRINTABLE"), ";;100 rue des Maths;Saint Martin d'H\xC3\xA8res;;38402;");
+  // Photos end where the next property starts, with or without a blank line.
+  EXPECT_EQ(valueIn(vc + "aosp-vcard__v21_base64_no_2_crlf.vcf", "PHOTO;ENCODING=BASE64;TYPE=JPEG").substr(0, 3), "\xFF\xD8\xFF");
+  EXPECT_EQ(valueIn(vc + "aosp-vcard__v21_blackberry_photo.vcf", "TEL;TYPE=WORK"), "+5555555");
+  EXPECT_EQ(valueIn(vc + "gammu__photo.vcf", "END"), "VCARD");
+  EXPECT_EQ(valueIn(vc + "opensync__kdepim-kdepim-photo1-2.1.vcf", "N;CHARSET=UTF-8;ENCODING=8BIT"),
+            "familynames;givenname;additional names;prefix;suffix");
+}
+
+}  // namespace

@@ -27,6 +27,12 @@
 #define TARNEX_API __attribute__((visibility("default")))
 #endif
 
+#if defined(__GNUC__)
+#define TARNEX_NORETURN __attribute__((noreturn))
+#else
+#define TARNEX_NORETURN
+#endif
+
 #ifdef __cplusplus
 extern "C" {
 #endif
@@ -44,13 +50,17 @@ typedef uint16_t KvoWchar;
 
 /* Starts the foundation. Returns 0. Calls nest: each Tarnex_init needs one
  * Tarnex_exit. The foundation works without being started; starting only
- * resets the trace manager to its defaults on the first start. */
+ * resets the trace manager to its defaults (all off, stderr) on the first
+ * start, the one that takes the count from 0 to 1. A Tarnex_exit without
+ * its start is counted too (the count goes below 0), so that the start
+ * which comes late pays it back and the count stays balanced. */
 TARNEX_API int32_t Tarnex_init(void);
 TARNEX_API void Tarnex_exit(void);
 /* How many starts are outstanding (for tests and diagnostics). */
 TARNEX_API int32_t Tarnex_startCount(void);
 
-/* Atomically add or take 1 from *word and give the new value. */
+/* Atomically add or take 1 from *word and give the new value. A null word
+ * is reported through kvo_assert__ and gives 0. */
 TARNEX_API int32_t AlAtom_inc(volatile int32_t *word);
 TARNEX_API int32_t AlAtom_dec(volatile int32_t *word);
 
@@ -65,7 +75,9 @@ TARNEX_API void *kvo_realloc__(void *p, size_t size, const char *file, int32_t l
 TARNEX_API void kvo_free__(void *p, const char *file, int32_t line);
 
 /* Number of kvo_malloc__ and growing kvo_realloc__ calls since the process
- * started (relaxed counter; for benchmarks and tests that count heap use). */
+ * started (relaxed counter; for benchmarks and tests that count heap use).
+ * A kvo_realloc__ counts when p is null or the size is beyond what the
+ * block can already hold, i.e. whenever it may have to find new storage. */
 TARNEX_API uint64_t Tarnex_allocCount(void);
 
 /* ---- Misuse reports --------------------------------------------------------- */
@@ -76,14 +88,19 @@ TARNEX_API void kvo_assert__(const char *text, const char *file, int32_t line);
 
 /* Reports a wrong or dead object at file:line and ends the process. If a
  * replaced handler returns, the process is still ended with abort(). */
-TARNEX_API void ObjUtil_crashExit(const char *file, int32_t line);
+TARNEX_API TARNEX_NORETURN void ObjUtil_crashExit(const char *file, int32_t line);
 
 typedef void (*KvoAssertHandler)(void *ctx, const char *text, const char *file,
                                  int32_t line);
 typedef void (*KvoCrashHandler)(void *ctx, const char *file, int32_t line);
 
-/* Replace the handlers; null restores the default (a line on stderr).
- * Each setter gives back the handler it replaced through *oldCtx/return. */
+/* Replace the handlers; null restores the default (a line on stderr:
+ * "assert failed: TEXT (FILE:LINE)", "crash exit (FILE:LINE)"). Each setter
+ * gives back the handler it replaced (null for the default) and, when
+ * oldCtx is not null, its context. Handlers are plain C: they must not
+ * throw. Set them while no other thread can report; a handler and its
+ * context are two words, and a report racing a change may see one old and
+ * one new. */
 TARNEX_API KvoAssertHandler Tarnex_setAssertHandler(KvoAssertHandler fn, void *ctx,
                                                     void **oldCtx);
 TARNEX_API KvoCrashHandler Tarnex_setCrashHandler(KvoCrashHandler fn, void *ctx,

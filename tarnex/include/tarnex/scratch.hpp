@@ -54,6 +54,23 @@ class ScratchWcs {
   KvoWcs wcs_;
 };
 
+// A read-only KvoWcs over a caller's units (n < 0: up to the 0 unit), for
+// passing 16-bit text to functions that take a KvoWcs without copying it.
+// Never hand the view to a function that writes to it.
+inline KvoWcs wcsView(const KvoWchar *units, int32_t n) {
+  static const KvoWchar kEmpty = 0;
+  if (units == nullptr) units = &kEmpty;
+  if (n < 0) {
+    n = 0;
+    while (units[n] != 0) ++n;
+  }
+  KvoWcs w{};
+  w.buf = const_cast<KvoWchar *>(units);
+  w.len = n;
+  w.cap = 0;  // not writable storage
+  return w;
+}
+
 // Owns any stream and deletes it at the end of its scope.
 class OwnedStrm {
  public:
@@ -62,6 +79,14 @@ class OwnedStrm {
   OwnedStrm(const OwnedStrm &) = delete;
   OwnedStrm &operator=(const OwnedStrm &) = delete;
   OwnedStrm(OwnedStrm &&o) noexcept : s_(o.s_) { o.s_ = nullptr; }
+  OwnedStrm &operator=(OwnedStrm &&o) noexcept {
+    if (this != &o) {
+      IStrm_delete(s_);
+      s_ = o.s_;
+      o.s_ = nullptr;
+    }
+    return *this;
+  }
 
   IStrm *get() const { return s_; }
   operator IStrm *() const { return s_; }

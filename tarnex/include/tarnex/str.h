@@ -66,8 +66,9 @@ TARNEX_API void KvoStr_clear(KvoStr *s);
 TARNEX_API void KvoStr_clearx(KvoStr *s);
 TARNEX_API char *KvoStr_buf(const KvoStr *s);
 TARNEX_API int32_t KvoStr_len(const KvoStr *s);
-/* Makes room for n more bytes behind the content, so that a caller may write
- * them at KvoStr_buf(s) + KvoStr_len(s) and then call KvoStr_setLen. */
+/* Makes room for n more bytes behind the content (and the terminator), and
+ * gives the place to write them, KvoStr_buf(s) + KvoStr_len(s); the caller
+ * then calls KvoStr_setLen. Null if the length would pass 2^31 - 2. */
 TARNEX_API char *KvoStr_reserve(KvoStr *s, int32_t n);
 /* Sets the length (0..room), writing the terminator. */
 TARNEX_API void KvoStr_setLen(KvoStr *s, int32_t n);
@@ -106,7 +107,13 @@ TARNEX_API KvoStr *KvoStr_appdf(KvoStr *s, const char *format, ...)
     __attribute__((format(printf, 2, 3)))
 #endif
     ;
-TARNEX_API KvoStr *KvoStr_appdv(KvoStr *s, const char *format, va_list ap);
+/* The arguments of the formats must not point into s's own storage (as
+ * with sprintf); KvoStr_appdStrx and KvoStr_appdCstr do allow that. */
+TARNEX_API KvoStr *KvoStr_appdv(KvoStr *s, const char *format, va_list ap)
+#if defined(__GNUC__)
+    __attribute__((format(printf, 2, 0)))
+#endif
+    ;
 
 /* ---- KvoWcs ------------------------------------------------------------------- */
 
@@ -131,9 +138,10 @@ TARNEX_API KvoWcs *KvoWcs_appdChar(KvoWcs *w, KvoWchar c);
 TARNEX_API KvoWcs *KvoWcs_appdCwcs(KvoWcs *w, const KvoWcs *other);
 /* Swaps the two bytes of every unit. */
 TARNEX_API KvoWcs *KvoWcs_turn(KvoWcs *w);
-/* Gives room for n units and a terminator, to be filled by the caller and
- * closed by KvoWcs_useBufEnd(w, count). The content is kept. A negative n
- * is taken as 0. */
+/* Gives w's buffer (its start) with room for n units and a terminator, to
+ * be filled by the caller and closed by KvoWcs_useBufEnd(w, count), which
+ * sets the length to count. The content is kept, so a caller may also
+ * write behind it: n = KvoWcs_len(w) + more. A negative n is taken as 0. */
 TARNEX_API KvoWchar *KvoWcs_useBufBeg(KvoWcs *w, int32_t n);
 TARNEX_API void KvoWcs_useBufEnd(KvoWcs *w, int32_t n);
 

@@ -9,20 +9,25 @@
  * The operations, in table order, and what each must do:
  *   del     releases what the stream owns, and the stream itself if it was
  *           allocated by its creator (never the caller's storage).
- *   putc    writes one byte at the position; gives the byte or a negative code.
+ *   putc    writes one byte (c & 0xFF) at the position; gives that byte
+ *           (0..255) or a negative code.
  *   getc    gives the next byte (0..255) and moves on, or -1 at the end.
  *   ungetc  moves back over the last byte read and gives it, or -1 at the
  *           start. (The argument is ignored by the built-in streams: the
- *           byte that was there is what comes back.)
- *   read    reads up to n bytes, gives the count (0 at the end); n < 0: -1.
+ *           byte that was there is what comes back; behind the end of a
+ *           writable stream, where nothing was written yet, that is 0.)
+ *   read    reads up to n bytes, gives the count (0 at the end); n < 0, or
+ *           a null buffer with n > 0: -1.
  *   write   writes n bytes at the position, overwriting and extending;
- *           gives n or a negative code; n < 0: -1.
+ *           gives n or a negative code; n < 0, or a null buffer with
+ *           n > 0: -1.
  *   seek    moves to the 64-bit offset (high << 32 | low) from the start
  *           (whence 0), the position (1) or the end (2). A target before
  *           the start is refused: -1, position unchanged. A target behind
  *           the end is allowed for writable streams (a later write fills
  *           the gap with 0 bytes) and clamped to the end for read-only ones.
- *           Gives 0 on success.
+ *           A target that 64 bits cannot hold, or an unknown whence, is
+ *           refused like one before the start. Gives 0 on success.
  *   tell    gives the position.
  *   size    gives the size in bytes.
  *   clear   empties the stream (size and position 0); read-only streams: -1.
@@ -100,6 +105,12 @@ static inline int32_t IStrm_puts(IStrm *s, const char *text, int32_t n);
 
 /* ---- Built-in streams ------------------------------------------------------------ */
 
+/* The most bytes a memory stream holds. A seek may go further (positions
+ * are plain arithmetic), but a write that would end behind this gives -1 and
+ * changes nothing, so that a hostile offset cannot make the process try to
+ * allocate more than it can hold. */
+#define MEMSTRM_MAX_SIZE ((int64_t)1 << 32)
+
 /* Storage for a memory stream; callers use it only as opaque storage. */
 typedef struct MemStrm {
   IStrm base;
@@ -126,7 +137,7 @@ typedef struct FileStrm {
   int32_t ownSelf;
   int32_t flag;
   int32_t lastOp; /* stdio needs a seek between a read and a write */
-  int32_t reserved;
+  int32_t mode;   /* read-only and append bits of the fopen mode */
 } FileStrm;
 
 /* An empty memory stream with room for `size` bytes (negative: 0). */
@@ -137,26 +148,39 @@ TARNEX_API IStrm *MemStrm_xcreatex__(MemStrm *storage, int32_t size, const char 
 TARNEX_API IStrm *StrStrm_xcreate__(StrStrm *storage, const char *text, int32_t len,
                                     const char *file, int32_t line);
 /* Opens path (UTF-8) with an fopen mode ("rb", "wb", "r+b", "w+b", "ab"...).
- * flag is reserved, pass 0. Gives null when the file cannot be opened. */
+ * flag is reserved, pass 0. Gives null when the file cannot be opened, when
+ * path or mode is null, and for a directory. A file stream has no peek. In
+ * append mode every write lands at the end of the file, and the position
+ * follows it there. */
 TARNEX_API IStrm *FileStrm_xcreatex__(FileStrm *storage, const char *path,
                                       const char *mode, int32_t flag, const char *file,
                                       int32_t line);
 
 /* The memory stream's bytes (contiguous, size IStrm_size), or null if s is
- * not a memory stream. */
+ * not a memory stream. They are always followed by a 0 byte that is not
+ * counted, so text written to the stream can be read as a C string; an
+ * empty stream gives a valid pointer to that 0 byte. The pointer is good
+ * until the next write, putc or delete. */
 TARNEX_API uint8_t *MemStrm_data(IStrm *s);
 
 /* ---- Stream utilities ------------------------------------------------------------- */
 
-/* Formats at the position; gives the number of bytes written or a negative code. */
+/* Formats at the position; gives the number of bytes written or a negative
+ * code. Output of any length: short output is formatted on the stack. */
 TARNEX_API int32_t IStrm_printf(IStrm *s, const char *format, ...)
 #if defined(__GNUC__)
     __attribute__((format(printf, 2, 3)))
 #endif
     ;
-TARNEX_API int32_t IStrm_vprintf(IStrm *s, const char *format, va_list ap);
+TARNEX_API int32_t IStrm_vprintf(IStrm *s, const char *format, va_list ap)
+#if defined(__GNUC__)
+    __attribute__((format(printf, 2, 0)))
+#endif
+    ;
 /* Writes all of src, from its start, at dst's position; src's position is
- * restored. Gives the number of bytes written or a negative code. */
+ * restored. Gives the number of bytes written or a negative code. When dst
+ * and src are one stream, a copy of its content is written at its position
+ * and the position stands behind it. */
 TARNEX_API int64_t IStrm_appd(IStrm *dst, IStrm *src);
 /* Makes dst a copy of src: dst is cleared, src is written from its start,
  * and both stand at their start afterwards. Gives the byte count or a

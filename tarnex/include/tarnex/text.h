@@ -15,7 +15,8 @@ extern "C" {
 
 /* <0, 0, >0 as strcmp, case ignored. */
 TARNEX_API int32_t kvo_stricmp(const char *a, const char *b);
-/* First place of needle in hay, case ignored; an empty needle finds hay. */
+/* First place of needle in hay, case ignored; an empty needle finds hay.
+ * A null hay has no place to give: null. */
 TARNEX_API char *kvo_stristr(const char *hay, const char *needle);
 /* Last place in text of any byte of chars, or null. */
 TARNEX_API char *kvo_strrchrs(const char *text, const char *chars);
@@ -26,7 +27,7 @@ TARNEX_API char *kvo_strtok(char **pos, const char *seps);
 /* Upper-cases ASCII letters in place; gives text. */
 TARNEX_API char *kvo_strupr(char *text);
 /* Copies src into dst of size bytes, always terminated (size < 1: nothing);
- * gives dst. */
+ * a longer src is cut at size - 1 bytes. dst and src may overlap. Gives dst. */
 TARNEX_API char *kvo_strxfrm(char *dst, const char *src, int32_t size);
 /* A new heap copy (free with kvo_free__) of n bytes of text (n < 0: up to the
  * terminator), terminated. */

@@ -1,0 +1,113 @@
+// Reading one property: the name up to ";" or ":", the parameter text up to
+// ":", and the value through the lexer's line readers, which join folded
+// lines and undo quoted-printable and Base64; a UCS-2 or UTF-7 value is then
+// turned into UTF-8.
+#include "detail/Object.h"
+#include "detail/Vpi.h"
+#include "tarnex/scratch.hpp"
+
+namespace {
+
+using Token = tarnex::ScratchStr<256>;
+
+int32_t readName(IStrm *raw, Token &token, KvoStr *name) {
+  for (;;) {
+    const int32_t code = KvoLex_get(raw, token, ";:", 0, 1);
+    if (code < 0) return code;
+    if (code == KVO_LEX_EOL) continue;  // a blank line
+    if (code == KVO_LEX_WORD) break;
+    // A line that begins with a delimiter (or a name cut by the end of the
+    // stream): pass over the line.
+    const int32_t rc = KvoLex_skipLine(raw, 1);
+    if (rc < 0) return rc;
+  }
+  KvoStr_appdStrx(name, token.c_str(), token.len());
+  return 0;
+}
+
+int32_t readParams(IStrm *raw, Token &token, KvoStr *params) {
+  int32_t code = KvoLex_get(raw, token, ":", 0, 1);
+  if (code < 0) return code;
+  if (code == ':') return 0;
+  if (code != KVO_LEX_WORD) return OSTREL_MALFORMED;
+  KvoStr_appdStrx(params, token.c_str(), token.len());
+  code = KvoLex_get(raw, token, ":", 0, 1);
+  if (code < 0) return code;
+  return code == ':' ? 0 : OSTREL_MALFORMED;
+}
+
+// Replaces the content of val with its conversion to UTF-8.
+template <class Convert>
+void convertInPlace(IStrm *val, Convert convert) {
+  tarnex::ScratchMemStrm utf8(512);
+  convert(val, utf8.get());
+  IStrm_clear(val);
+  IStrm_copy(val, utf8);
+}
+
+int32_t readValue(IStrm *raw, IStrm *val, int32_t cs, int32_t enc) {
+  IStrm_rewind(val);
+  int32_t rc;
+  switch (enc) {
+    case VPI_ENC_BASE64:
+    case VPI_ENC_B:
+      rc = KvoLex_getLineBase(raw, val, 1);
+      break;
+    case VPI_ENC_QP:
+      rc = KvoLex_getLineQp(raw, val, 1);
+      break;
+    default:
+      rc = KvoLex_getLine(raw, val, 1, 0);
+      break;
+  }
+  // The end of the stream inside a value is no fault: the property counts
+  // as read, as the line reader left it.
+  if (rc == OSTREL_EOS) return 0;
+  if (rc < 0) return rc;
+  IStrm_rewind(val);
+  if (cs == VPI_CS_UCS2) convertInPlace(val, ucs2_strm_to_utf8_strm);
+  if (cs == VPI_CS_UTF7) convertInPlace(val, utf7_strm_to_utf8_strm);
+  IStrm_rewind(val);
+  return 0;
+}
+
+}  // namespace
+
+extern "C" {
+
+OSTREL_API int32_t VpiDec_getStrm(IStrm *raw, KvoStr *name, KvoStr *params, IStrm *val) {
+  if (!OSTREL_REQUIRE(raw && name && params && val, "raw && name && params && val"))
+    return 0;
+  Token token;
+  KvoStr_clear(name);
+  KvoStr_clear(params);
+  IStrm_clear(val);
+  int32_t rc = readName(raw, token, name);
+  if (rc >= 0) rc = readParams(raw, token, params);
+  if (rc >= 0) rc = readValue(raw, val, VpiParams_getCs(params), VpiParams_getEnc(params));
+  if (rc < 0) {
+    KvoStr_clear(name);
+    KvoStr_clear(params);
+    IStrm_clear(val);
+  }
+  if (rc == OSTREL_EOS) return 0;
+  return rc < 0 ? rc : 1;
+}
+
+OSTREL_API int32_t VpiDec_getLuid(IStrm *raw, KvoStr *luid) {
+  if (!OSTREL_REQUIRE(raw, "raw")) return 0;
+  tarnex::ScratchStr<32> name;
+  tarnex::ScratchStr<64> params;
+  tarnex::ScratchMemStrm val(128);
+  IStrm_rewind(raw);
+  int32_t rc;
+  while ((rc = VpiDec_getStrm(raw, name, params, val)) >= 1) {
+    const char *n = name.c_str();
+    if ((n[0] == 'X' || n[0] == 'x') && n[1] == '-' && kvo_stricmp(n, "X-IRMC-LUID") == 0)
+      break;
+  }
+  if (rc == 1 && luid != nullptr) VpiVal_getCstr(val, luid, 1, nullptr);
+  return rc;
+}
+
+}  // extern "C"

@@ -1,0 +1,137 @@
+// Value components: ";"-separated, with "\" protecting the bytes of an
+// escape set. Undone in one left-to-right pass, so an escaped backslash
+// followed by "n" stays a backslash and an "n".
+#include <cstring>
+
+#include "detail/ByteReader.h"
+#include "detail/Object.h"
+#include "detail/Vpi.h"
+#include "tarnex/scratch.hpp"
+
+namespace {
+
+using ostrel::detail::ByteReader;
+using ostrel::detail::escapeSet;
+
+// Escape sets are ASCII; a wide unit above 0x7F never matches (strchr would
+// see only its low byte).
+bool inSet(const char *set, int32_t c) {
+  return c > 0 && c < 0x80 && std::strchr(set, c) != nullptr;
+}
+
+int32_t writeEscaped(IStrm *strm, const char *text, const char *set) {
+  const char *run = text;
+  for (const char *p = text;; ++p) {
+    if (*p != '\0' && !inSet(set, static_cast<unsigned char>(*p))) continue;
+    if (p > run) {
+      const int32_t rc = IStrm_write(strm, run, static_cast<int32_t>(p - run));
+      if (rc < 0) return rc;
+    }
+    if (*p == '\0') return 0;
+    const char pair[2] = {'\\', *p};
+    const int32_t rc = IStrm_write(strm, pair, 2);
+    if (rc < 0) return rc;
+    run = p + 1;
+  }
+}
+
+// The component loop, shared by the 8-bit and the 16-bit reader. `Source`
+// gives the next character (or `kEnd`) and `Sink` appends one.
+template <class Source, class Sink>
+int32_t readComponent(Source next, Sink append, const char *set, int32_t kEnd,
+                      bool *any) {
+  for (;;) {
+    int32_t c = next();
+    if (c == kEnd) break;
+    if (c == ';') return 1;
+    if (c == '\\') {
+      const int32_t d = next();
+      if (d == kEnd) {
+        append('\\');
+        break;
+      }
+      if (!inSet(set, d)) {
+        append('\\');
+        if (d == ';') return 1;
+      }
+      c = d;
+    }
+    append(c);
+    *any = true;
+  }
+  return 0;
+}
+
+}  // namespace
+
+extern "C" {
+
+OSTREL_API int32_t VpiVal_addStr(IStrm *strm, const char *text, int32_t len,
+                                 int32_t escaped, const char *escChars, int32_t noSep) {
+  if (text == nullptr || *text == '\0') return 0;
+  if (!OSTREL_REQUIRE(strm, "strm")) return 0;
+  if (noSep == 0) {
+    const int32_t rc = IStrm_putc(strm, ';');
+    if (rc < 0) return rc;
+  }
+  if (escaped != 0) return writeEscaped(strm, text, escapeSet(escChars));
+  const int32_t n = len < 0 ? static_cast<int32_t>(std::strlen(text)) : len;
+  const int32_t rc = IStrm_write(strm, text, n);
+  return rc < 0 ? rc : 0;
+}
+
+OSTREL_API int32_t VpiVal_addStrW(IStrm *strm, const KvoWchar *wtext, int32_t len,
+                                  int32_t escaped, const char *escChars, int32_t noSep) {
+  if (wtext == nullptr || *wtext == 0) return 0;
+  const KvoWcs wide = tarnex::wcsView(wtext, -1);
+  tarnex::ScratchStr<256> utf8;
+  wcs_str_to_utf8_cstr(&wide, utf8);
+  return VpiVal_addStr(strm, utf8.c_str(), utf8.len(), escaped, escChars, noSep);
+}
+
+OSTREL_API int32_t VpiVal_getCstr(IStrm *strm, KvoStr *out, int32_t escaped,
+                                  const char *escChars) {
+  if (!OSTREL_REQUIRE(strm && out, "strm && out")) return 0;
+  KvoStr_clear(out);
+  if (escaped == 0) {
+    KvoStr_appdStrm(out, strm, -1);
+    return KvoStr_len(out) != 0;
+  }
+  const char *set = escapeSet(escChars);
+  ByteReader in(strm);
+  bool any = false;
+  const int32_t more = readComponent([&] { return in.next(); },
+                                     [&](int32_t c) { KvoStr_appdChar(out, static_cast<char>(c)); },
+                                     set, -1, &any);
+  return more || KvoStr_len(out) != 0;
+}
+
+OSTREL_API int32_t VpiVal_getCwcs(IStrm *strm, KvoWcs *out, int32_t escaped,
+                                  const char *escChars) {
+  if (!OSTREL_REQUIRE(strm && out, "strm && out")) return 0;
+  KvoWcs_clear(out);
+  const char *set = escapeSet(escChars);
+  bool any = false;
+  auto next = [&]() -> int32_t { return utf8_strm_to_wcs_char(strm); };
+  auto append = [&](int32_t c) { KvoWcs_appdChar(out, static_cast<KvoWchar>(c)); };
+  if (escaped == 0) {
+    for (int32_t c = next(); c != 0; c = next()) append(c);
+    return KvoWcs_len(out) != 0;
+  }
+  const int32_t more = readComponent(next, append, set, 0, &any);
+  return more || KvoWcs_len(out) != 0;
+}
+
+OSTREL_API char *VpiVal_getStr(IStrm *strm, int32_t escaped, const char *escChars) {
+  tarnex::ScratchStr<256> text;
+  if (VpiVal_getCstr(strm, text, escaped, escChars) == 0) return nullptr;
+  return kvo_strdupx(text.c_str(), text.len());
+}
+
+OSTREL_API KvoWchar *VpiVal_getStrW(IStrm *strm, int32_t escaped, const char *escChars) {
+  tarnex::ScratchStr<256> text;
+  if (VpiVal_getCstr(strm, text, escaped, escChars) == 0) return nullptr;
+  return utf8_str_to_wcs_out(text.c_str());
+}
+
+}  // extern "C"

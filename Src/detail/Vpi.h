@@ -1,0 +1,22 @@
+// Property-layer pieces shared by its encoder and decoder but not exported.
+#ifndef OSTREL_DETAIL_VPI_H
+#define OSTREL_DETAIL_VPI_H
+
+#include <cstdint>
+
+#include "ostrel/VpiEd.h"
+
+namespace ostrel::detail {
+
+// Append the charset or encoding parameter of a code; nothing for code 0.
+KvoStr *VpiParams_putCs(KvoStr *params, int32_t cs, int32_t keyed);
+KvoStr *VpiParams_putEnc(KvoStr *params, int32_t enc, int32_t keyed);
+
+// The escape set in force: the caller's, or ";\" for a null or empty one.
+inline const char *escapeSet(const char *escChars) {
+  return (escChars == nullptr || *escChars == '\0') ? ";\\" : escChars;
+}
+
+}  // namespace ostrel::detail
+
+#endif  // OSTREL_DETAIL_VPI_H
