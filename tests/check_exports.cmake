@@ -1,4 +1,5 @@
 # Fails when LIB exports a function that is not in LIST.
+cmake_policy(SET CMP0057 NEW)
 execute_process(COMMAND nm -D --defined-only ${LIB} OUTPUT_VARIABLE syms RESULT_VARIABLE rc)
 if(NOT rc EQUAL 0)
   message(FATAL_ERROR "nm failed on ${LIB}")

@@ -30,6 +30,41 @@ constexpr std::array<uint8_t, 256> kClass = [] {
   return t;
 }();
 
+// 0/1 forms of the classes, for the branch-free run scan below.
+constexpr std::array<uint8_t, 256> kIsLiteral = [] {
+  std::array<uint8_t, 256> t{};
+  for (int c = 0; c < 256; ++c) t[c] = kClass[c] == kLiteral;
+  return t;
+}();
+constexpr std::array<uint8_t, 256> kIsBlank = [] {
+  std::array<uint8_t, 256> t{};
+  for (int c = 0; c < 256; ++c) t[c] = kClass[c] == kBlank;
+  return t;
+}();
+
+// Eight bytes at once: true if all are written as they are, blanks being
+// single spaces each followed by such a byte (p[8] for the last of them).
+// Tabs and everything else take the byte-wise scan.
+bool runOfEight(const uint8_t *p) {
+  constexpr uint64_t kOnes = 0x0101010101010101ULL;
+  constexpr uint64_t kHigh = 0x8080808080808080ULL;
+  constexpr uint64_t kLow7 = 0x7F7F7F7F7F7F7F7FULL;
+  uint64_t x;
+  std::memcpy(&x, p, 8);
+  // High bit of each byte equal to c (exact, no carries between bytes).
+  const auto equal = [x](uint8_t c) {
+    const uint64_t t = x ^ (kOnes * c);
+    return ~(((t & kLow7) + kLow7) | t | kLow7);
+  };
+  // Whether any byte is below 0x20 or above 0x7E (borrows and carries may
+  // mark a byte beside a true one, never a lone one).
+  const uint64_t below = (x - kOnes * 0x20) & ~x & kHigh;
+  const uint64_t above = ((x + kOnes) | x) & kHigh;
+  const uint64_t spaces = equal(' ');
+  if (below | above | equal('=') | (spaces & (spaces >> 8))) return false;
+  return p[7] != ' ' || kIsLiteral[p[8]];
+}
+
 constexpr char kHexUpper[] = "0123456789ABCDEF";
 
 // Hex digit values, 0xFF for anything else (either case is read).
@@ -162,15 +197,22 @@ TARNEX_API int32_t qp_enc_strm_from_strm(IStrm *out, IStrm *in, int32_t width,
     const bool atEnd = have < kInBlock;
     // Every byte but the block's last has its successor at hand; the last
     // one waits for the next block unless the value ends with it.
-    const auto inRun = [&](int32_t j) {
-      const uint8_t k = kClass[block[j]];
-      return k == kLiteral || (k == kBlank && j + 2 < have && kClass[block[j + 1]] == kLiteral);
+    //
+    // A run: bytes written as they are, and blanks each followed by one;
+    // words with single blanks between them make one run. The scan is
+    // branch-free per byte, because blanks come too often to predict.
+    const auto runEnd = [&](int32_t j) {
+      while (j + 8 < have - 1 && runOfEight(block + j)) j += 8;
+      while (j < have - 2 &&
+             (kIsLiteral[block[j]] | (kIsBlank[block[j]] & kIsLiteral[block[j + 1]])))
+        ++j;
+      if (j == have - 2 && kIsLiteral[block[j]]) ++j;
+      return j;
     };
     int32_t i = 0;
     while (i < have - 1 && !sink.failed()) {
-      if (inRun(i)) {
-        int32_t j = i + 1;
-        while (j < have - 1 && inRun(j)) ++j;
+      const int32_t j = runEnd(i);
+      if (j > i) {
         writer.run(block + i, j - i);
         i = j;
       } else {
