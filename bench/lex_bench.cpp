@@ -23,11 +23,13 @@ std::string plainLines() {
   return s;
 }
 
-// Values of three soft-broken lines with escapes, as 2.1 phones write them.
+// Values of three soft-broken lines with escapes, as 2.1 phones write them
+// behind "NOTE;CHARSET=UTF-8;ENCODING=QUOTED-PRINTABLE:" (the reader starts
+// behind the colon).
 std::string qpLines() {
   std::string s;
   while (s.size() < kTarget) {
-    s += "NOTE;CHARSET=UTF-8;ENCODING=QUOTED-PRINTABLE:Caf=C3=A9 on the corner, =\r\n";
+    s += "Caf=C3=A9 on the corner of the market square, not far from the station=\r\n";
     s += "opens at nine=0D=0A=E8=94=A1=E5=AA=9B and closes at six in the evening=\r\n";
     s += " on weekdays.\r\n";
   }

@@ -12,10 +12,7 @@
 
 namespace {
 
-using tarnex::lex::isEol;
-using tarnex::lex::Source;
-using tarnex::lex::takeEol;
-using tarnex::lex::takeFold;
+using namespace tarnex::lex;
 
 // Byte classes of one call of KvoLex_get.
 enum : uint8_t { kPlain = 0, kDelim = 1, kQuote = 2, kEol = 3 };
@@ -64,6 +61,7 @@ int32_t readWord(Source &src, TokenOut &out, const ClassTable &cls, int c) {
   for (;;) {
     if (cls[c] == kQuote) inQuote = !inQuote;
     out.put(c);
+    src.fill();
     const uint8_t *p = src.cur();
     const uint8_t *const lim = src.lim();
     while (p != lim) {
@@ -132,7 +130,11 @@ int32_t lexGet(IStrm *strm, KvoStr *token, const char *delims, int32_t flags,
 int32_t skipLine(IStrm *strm, int32_t unfold) {
   Source src(strm);
   for (;;) {
-    src.take(tarnex::lex::findEol(src.cur(), src.lim()));
+    src.fill();
+    src.take(findEol(src.cur(), src.lim()));
+    const LineEnd end = takeLineEndIn(src, unfold != 0);
+    if (end == LineEnd::Fold) continue;
+    if (end == LineEnd::End) return done(src, 0);
     const int c = src.next();
     if (c < 0) return done(src, KVO_EOS);
     if (!isEol(c)) continue;

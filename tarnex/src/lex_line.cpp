@@ -11,19 +11,13 @@
 #include <array>
 #include <cstdint>
 
+#include "lex_b64.h"
 #include "lex_scan.h"
 #include "tarnex/lex.h"
 
 namespace {
 
-using tarnex::lex::findAny;
-using tarnex::lex::findEol;
-using tarnex::lex::finish;
-using tarnex::lex::isEol;
-using tarnex::lex::Sink;
-using tarnex::lex::Source;
-using tarnex::lex::takeEol;
-using tarnex::lex::takeFold;
+using namespace tarnex::lex;
 
 // ---- Tables ---------------------------------------------------------------------
 
@@ -39,25 +33,6 @@ constexpr std::array<int8_t, 256> kHex = [] {
   return t;
 }();
 
-// Base64: 0..63 for the alphabet, then classes for the other bytes.
-enum : uint8_t { kB64Pad = 64, kB64Blank = 65, kB64Eol = 66, kB64Other = 67 };
-
-constexpr std::array<uint8_t, 256> kB64 = [] {
-  std::array<uint8_t, 256> t{};
-  for (auto &v : t) v = kB64Other;
-  constexpr char kAlphabet[] =
-      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-  for (int i = 0; i < 64; ++i) t[static_cast<uint8_t>(kAlphabet[i])] = static_cast<uint8_t>(i);
-  t['='] = kB64Pad;
-  t[' '] = kB64Blank;
-  t['\t'] = kB64Blank;
-  t['\r'] = kB64Eol;
-  t['\n'] = kB64Eol;
-  return t;
-}();
-
-static_assert(kB64['A'] == 0 && kB64['Z'] == 25 && kB64['a'] == 26 && kB64['z'] == 51);
-static_assert(kB64['0'] == 52 && kB64['9'] == 61 && kB64['+'] == 62 && kB64['/'] == 63);
 static_assert(kHex['f'] == 15 && kHex['F'] == 15 && kHex['g'] == -1 && kHex['9'] == 9);
 
 // ---- Plain --------------------------------------------------------------------------
@@ -66,12 +41,16 @@ int32_t readPlain(IStrm *strm, IStrm *val, bool unfold, bool softBreaks) {
   Source src(strm);
   Sink out(val);
   for (;;) {
+    src.fill();
     const uint8_t *const p = src.cur();
     const uint8_t *const q =
-        softBreaks ? findAny(p, src.lim(), '\r', '\n', '=') : findEol(p, src.lim());
+        softBreaks ? findAny<'\r', '\n', '='>(p, src.lim()) : findEol(p, src.lim());
     out.put(p, static_cast<size_t>(q - p));
     src.take(q);
     if (out.fault() != 0) return finish(src, out, 0);
+    const LineEnd end = takeLineEndIn(src, unfold);
+    if (end == LineEnd::Fold) continue;
+    if (end == LineEnd::End) return finish(src, out, 0);
 
     const int c = src.next();
     if (c < 0) return finish(src, out, KVO_EOS);
@@ -109,8 +88,8 @@ void decodeQpRun(Source &src, Sink &out) {
       p += 3;
       continue;
     }
-    const uint8_t *const q = findAny(p, lim, '\r', '\n', '=');
-    out.put(p, static_cast<size_t>(q - p));
+    const uint8_t *const q = findAny<'\r', '\n', '='>(p, lim);
+    out.put(p, static_cast<size_t>(q - p), lim);
     p = q;
     if (p != lim && *p != '=') break;
   }
@@ -143,8 +122,12 @@ int32_t readQp(IStrm *strm, IStrm *val, bool unfold) {
   Source src(strm);
   Sink out(val);
   for (;;) {
+    src.fill();
     decodeQpRun(src, out);
     if (out.fault() != 0) return finish(src, out, 0);
+    const LineEnd end = takeLineEndIn(src, unfold);
+    if (end == LineEnd::Fold) continue;
+    if (end == LineEnd::End) return finish(src, out, 0);
     const int c = src.next();
     if (c < 0) return finish(src, out, KVO_EOS);
     if (isEol(c)) {
@@ -162,58 +145,12 @@ int32_t readQp(IStrm *strm, IStrm *val, bool unfold) {
 
 // ---- Base64 -------------------------------------------------------------------------
 
-// Up to four sextets waiting to become bytes.
-class Quantum {
- public:
-  void add(uint32_t v, Sink &out) {
-    acc_ = acc_ << 6 | v;
-    if (++n_ == 4) {
-      uint8_t *o = out.room(3);
-      o[0] = static_cast<uint8_t>(acc_ >> 16);
-      o[1] = static_cast<uint8_t>(acc_ >> 8);
-      o[2] = static_cast<uint8_t>(acc_);
-      out.claim(3);
-      acc_ = 0;
-      n_ = 0;
-    }
-  }
-  // At "=" padding or the end: the whole bytes of a partial quantum. A
-  // missing pad is tolerated; a lone sextet holds no byte.
-  void flush(Sink &out) {
-    if (n_ == 2) {
-      out.put(static_cast<uint8_t>(acc_ >> 4));
-    } else if (n_ == 3) {
-      out.put(static_cast<uint8_t>(acc_ >> 10));
-      out.put(static_cast<uint8_t>(acc_ >> 2));
-    }
-    acc_ = 0;
-    n_ = 0;
-  }
-  bool empty() const { return n_ == 0; }
-
- private:
-  uint32_t acc_ = 0;
-  int n_ = 0;
-};
-
 // Decodes the window up to a line end or its end.
 void decodeB64Run(Source &src, Sink &out, Quantum &q) {
   const uint8_t *p = src.cur();
   const uint8_t *const lim = src.lim();
   for (;;) {
-    if (q.empty()) {
-      while (lim - p >= 4) {
-        const uint32_t a = kB64[p[0]], b = kB64[p[1]], c = kB64[p[2]], d = kB64[p[3]];
-        if (((a | b | c | d) & 0xC0) != 0) break;
-        const uint32_t w = a << 18 | b << 12 | c << 6 | d;
-        uint8_t *o = out.room(3);
-        o[0] = static_cast<uint8_t>(w >> 16);
-        o[1] = static_cast<uint8_t>(w >> 8);
-        o[2] = static_cast<uint8_t>(w);
-        out.claim(3);
-        p += 4;
-      }
-    }
+    if (q.empty()) p = decodeQuads(p, lim, out);
     if (p == lim) break;
     const uint8_t k = kB64[*p];
     if (k == kB64Eol) break;
@@ -239,7 +176,7 @@ NextLine lookAtNextLine(Source &src) {
     return NextLine::Blank;
   }
   src.back();
-  for (const uint8_t *p = src.cur(); p != src.lim(); ++p) {
+  for (const uint8_t *p = skipAlphabet(src.cur(), src.lim()); p != src.lim(); ++p) {
     const uint8_t k = kB64[*p];
     if (k == kB64Eol) return NextLine::Data;
     if (k == kB64Other) return NextLine::Other;
@@ -269,8 +206,16 @@ int32_t readB64(IStrm *strm, IStrm *val, bool unfold) {
   Sink out(val);
   Quantum q;
   for (;;) {
+    src.fill();
     decodeB64Run(src, out, q);
     if (out.fault() != 0) return finish(src, out, 0);
+    const LineEnd end = takeLineEndIn(src, unfold);
+    if (end == LineEnd::Fold) continue;
+    if (end == LineEnd::End) {
+      if (unfold && lookAtNextLine(src) == NextLine::Data) continue;
+      q.flush(out);
+      return finish(src, out, 0);
+    }
     const int c = src.next();
     if (c < 0) {
       q.flush(out);

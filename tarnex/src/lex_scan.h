@@ -28,21 +28,31 @@ namespace tarnex::lex {
 inline constexpr bool isEol(int c) { return c == '\r' || c == '\n'; }
 inline constexpr bool isFoldBlank(int c) { return c == ' ' || c == '\t'; }
 
-// The first byte in [p, lim) equal to a, b or c, or lim. Line ends are
-// found with it, so it runs over every byte of a value: 16 bytes a step
-// where SSE2 is there, 8 with word arithmetic elsewhere.
-inline const uint8_t *findAny(const uint8_t *p, const uint8_t *lim, uint8_t a, uint8_t b,
-                              uint8_t c) {
+// The first byte in [p, lim) that is one of Needles, or lim. Line ends are
+// found with it, so it runs over every byte of a value: 32 bytes a step
+// where SSE2 is there (most lines take one or two steps), 8 with word
+// arithmetic elsewhere.
 #if defined(__SSE2__)
-  const __m128i va = _mm_set1_epi8(static_cast<char>(a));
-  const __m128i vb = _mm_set1_epi8(static_cast<char>(b));
-  const __m128i vc = _mm_set1_epi8(static_cast<char>(c));
-  while (lim - p >= 16) {
-    const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
-    const __m128i hit = _mm_or_si128(_mm_or_si128(_mm_cmpeq_epi8(v, va), _mm_cmpeq_epi8(v, vb)),
-                                     _mm_cmpeq_epi8(v, vc));
-    const int mask = _mm_movemask_epi8(hit);
-    if (mask != 0) return p + __builtin_ctz(static_cast<unsigned>(mask));
+template <uint8_t... Needles>
+inline uint32_t hits16(const uint8_t *p) {
+  const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
+  __m128i m = _mm_setzero_si128();
+  ((m = _mm_or_si128(m, _mm_cmpeq_epi8(v, _mm_set1_epi8(static_cast<char>(Needles))))), ...);
+  return static_cast<uint32_t>(_mm_movemask_epi8(m));
+}
+#endif
+
+template <uint8_t... Needles>
+inline const uint8_t *findAny(const uint8_t *p, const uint8_t *lim) {
+#if defined(__SSE2__)
+  while (lim - p >= 32) {
+    const uint32_t mask = hits16<Needles...>(p) | hits16<Needles...>(p + 16) << 16;
+    if (mask != 0) return p + __builtin_ctz(mask);
+    p += 32;
+  }
+  if (lim - p >= 16) {
+    const uint32_t mask = hits16<Needles...>(p);
+    if (mask != 0) return p + __builtin_ctz(mask);
     p += 16;
   }
 #elif defined(__BYTE_ORDER__) && __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
@@ -54,17 +64,17 @@ inline const uint8_t *findAny(const uint8_t *p, const uint8_t *lim, uint8_t a, u
   while (lim - p >= 8) {
     uint64_t w;
     std::memcpy(&w, p, 8);
-    const uint64_t m = zeros(w ^ (a * kOnes)) | zeros(w ^ (b * kOnes)) | zeros(w ^ (c * kOnes));
+    const uint64_t m = (zeros(w ^ (Needles * kOnes)) | ...);
     if (m != 0) return p + (__builtin_ctzll(m) >> 3);
     p += 8;
   }
 #endif
-  while (p < lim && *p != a && *p != b && *p != c) ++p;
+  while (p < lim && ((*p != Needles) && ...)) ++p;
   return p;
 }
 
 inline const uint8_t *findEol(const uint8_t *p, const uint8_t *lim) {
-  return findAny(p, lim, '\r', '\n', '\n');
+  return findAny<'\r', '\n'>(p, lim);
 }
 
 class Source {
@@ -82,6 +92,11 @@ class Source {
   void take(const uint8_t *p) {
     cur_ = p;
     last_ = Last::None;
+  }
+  // Opens a new window when the current one is used up, so that fast
+  // loops see the stream's bytes before next() has to.
+  void fill() {
+    if (cur_ == lim_ && peekable_ && fault_ == 0) refill();
   }
   bool peekable() const { return peekable_; }
   int32_t fault() const { return fault_; }
@@ -211,22 +226,33 @@ class Sink {
     buf_[n_++] = c;
   }
 
+  // A run of the input: written straight through when nothing waits in
+  // the buffer (a value on one line costs one write and no copy), else
+  // gathered with what waits.
   void put(const uint8_t *p, size_t n) {
+    if (n_ == 0 && n >= kDirect) {
+      writeRun(p, n);
+      return;
+    }
     if (n <= static_cast<size_t>(kCap - n_)) {
       if (n != 0) std::memcpy(buf_ + n_, p, n);
       n_ += static_cast<int32_t>(n);
       return;
     }
     flush();
-    constexpr size_t kChunk = size_t{1} << 30;
-    while (n > static_cast<size_t>(kCap)) {
-      const size_t k = n < kChunk ? n : kChunk;
-      write(p, static_cast<int32_t>(k));
-      p += k;
-      n -= k;
+    writeRun(p, n);
+  }
+
+  // A run of the window ending at most at lim; short runs are copied with
+  // one fixed-size move (reading up to 16 bytes when the window has them)
+  // instead of a call.
+  void put(const uint8_t *p, size_t n, const uint8_t *lim) {
+    if (n <= 16 && lim - p >= 16 && kCap - n_ >= 16) {
+      std::memcpy(buf_ + n_, p, 16);
+      n_ += static_cast<int32_t>(n);
+      return;
     }
-    std::memcpy(buf_, p, n);
-    n_ = static_cast<int32_t>(n);
+    put(p, n);
   }
 
   // Room for k (<= kCap) bytes at the end of the buffer, to be claimed
@@ -236,6 +262,8 @@ class Sink {
     return buf_ + n_;
   }
   void claim(int32_t k) { n_ += k; }
+  // Bytes free behind the buffered ones.
+  int32_t space() const { return kCap - n_; }
 
   int32_t flush() {
     if (n_ != 0) write(buf_, n_);
@@ -245,6 +273,18 @@ class Sink {
   int32_t fault() const { return fault_; }
 
  private:
+  static constexpr size_t kDirect = 32;
+
+  void writeRun(const uint8_t *p, size_t n) {
+    constexpr size_t kChunk = size_t{1} << 30;
+    while (n != 0) {
+      const size_t k = n < kChunk ? n : kChunk;
+      write(p, static_cast<int32_t>(k));
+      p += k;
+      n -= k;
+    }
+  }
+
   void write(const uint8_t *p, int32_t n) {
     if (v_ == nullptr || fault_ != 0) return;
     const int32_t r = IStrm_write(v_, p, n);
@@ -256,6 +296,36 @@ class Sink {
   int32_t n_ = 0;
   uint8_t buf_[kCap];
 };
+
+// With q at a CR or LF of the window: the byte behind the whole line end,
+// when the window shows it too (so that a fold can be told without a
+// call), else null and the line end is left to next().
+inline const uint8_t *lineEndIn(const uint8_t *q, const uint8_t *lim) {
+  const uint8_t *e = q + 1;
+  if (*q == '\r') {
+    if (e == lim) return nullptr;
+    if (*e == '\n') ++e;
+  }
+  return e != lim ? e : nullptr;
+}
+
+enum class LineEnd { None, Fold, End };
+
+// Takes a line end at the window's cursor when the window shows it whole,
+// with the blank of a fold when unfolding. None: no line end there, or one
+// the window cannot tell, left to next().
+inline LineEnd takeLineEndIn(Source &src, bool unfold) {
+  const uint8_t *const q = src.cur();
+  if (q == src.lim() || !isEol(*q)) return LineEnd::None;
+  const uint8_t *const e = lineEndIn(q, src.lim());
+  if (e == nullptr) return LineEnd::None;
+  if (unfold && isFoldBlank(*e)) {
+    src.take(e + 1);
+    return LineEnd::Fold;
+  }
+  src.take(e);
+  return LineEnd::End;
+}
 
 // After a CR or LF from next(): takes the LF that completes a CR LF.
 inline void takeEol(Source &src, int c) {

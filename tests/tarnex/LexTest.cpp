@@ -230,6 +230,19 @@ TEST(LexLine, Base64Padding) {
   });
 }
 
+// Long runs are decoded sixteen characters at a time where the window
+// allows, the no-peek and narrow feeds go byte by byte: every byte value
+// in every place of such a block must come out the same.
+TEST(LexLine, Base64EveryByteInEveryPlaceOfABlock) {
+  for (int b = 0; b < 256; ++b) {
+    for (int at = 0; at < 20; ++at) {
+      std::string text = "QUJDREVGR0hJSktMTU5PUFFSU1RVVldY";
+      text[static_cast<size_t>(at)] = static_cast<char>(b);
+      calls(kB64, text + "\r\n" + text);
+    }
+  }
+}
+
 // Every byte value, through independent encoders, in values longer than
 // any internal buffer.
 TEST(LexLine, AllBytesRoundTripInLongValues) {
