@@ -4,5 +4,6 @@
 
 #include "ostrel/Ostrel.h"
 #include "ostrel/VpiEd.h"
+#include "ostrel/PbItem.h"
 
 #endif /* OSTREL_ALL_H */
