@@ -29,6 +29,8 @@ int32_t readParams(IStrm *raw, Token &token, KvoStr *params) {
   int32_t code = KvoLex_get(raw, token, ":", 0, 1);
   if (code < 0) return code;
   if (code == ':') return 0;
+  // Parameters cut by the end of the stream: the end, not a malformed line.
+  if (code == KVO_LEX_WORD_EOS) return OSTREL_EOS;
   if (code != KVO_LEX_WORD) return OSTREL_MALFORMED;
   KvoStr_appdStrx(params, token.c_str(), token.len());
   code = KvoLex_get(raw, token, ":", 0, 1);

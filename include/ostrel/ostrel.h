@@ -5,5 +5,7 @@
 #include "ostrel/Ostrel.h"
 #include "ostrel/VpiEd.h"
 #include "ostrel/PbItem.h"
+#include "ostrel/GrpItem.h"
+#include "ostrel/VcardEd.h"
 
 #endif /* OSTREL_ALL_H */

@@ -1,0 +1,93 @@
+// Group cards: the vCard frame with group properties inside.
+#include <cstdlib>
+
+#include "detail/Object.h"
+#include "detail/TextFrame.h"
+#include "detail/Trace.h"
+#include "ostrel/GrpItem.h"
+#include "tarnex/scratch.hpp"
+
+namespace {
+
+struct Group {
+  GrpItem *item;
+  uint32_t *ver;
+};
+
+struct PropRow {
+  const char *name;
+  void (*handler)(Group &, IStrm *val);
+};
+
+void readRaw(IStrm *val, KvoStr *out) { VpiVal_getCstr(val, out, 0, nullptr); }
+
+constexpr PropRow kProps[] = {
+    {"VERSION",
+     [](Group &g, IStrm *val) {
+       if (g.ver == nullptr) return;
+       tarnex::ScratchStr<32> text;
+       readRaw(val, text);
+       *g.ver = ver_str_to_ver(text.c_str());
+     }},
+    {"X-GRPV", [](Group &g, IStrm *val) { VpiVal_getCwcs(val, &g.item->name, 1, nullptr); }},
+    {"X-GRPI", [](Group &g, IStrm *val) { VpiVal_getCstr(val, &g.item->id, 1, nullptr); }},
+    // The same field: when both stand in a card, the later line wins.
+    {"X-IRMC-LUID", [](Group &g, IStrm *val) { VpiVal_getCstr(val, &g.item->id, 1, nullptr); }},
+    {"X-ACC-NAME",
+     [](Group &g, IStrm *val) { VpiVal_getCstr(val, &g.item->accName, 1, nullptr); }},
+    {"X-ACC-TYPE",
+     [](Group &g, IStrm *val) { VpiVal_getCstr(val, &g.item->accType, 1, nullptr); }},
+    {"X-ATTRS",
+     [](Group &g, IStrm *val) {
+       tarnex::ScratchStr<32> text;
+       readRaw(val, text);
+       g.item->attr = static_cast<int32_t>(std::strtol(text.c_str(), nullptr, 10));
+     }},
+};
+
+}  // namespace
+
+extern "C" {
+
+OSTREL_API int32_t Vgrp_dec(IStrm *vcard, GrpItem *item, uint32_t *ver) {
+  OSTREL_FUNC_TRACE();
+  if (!OSTREL_REQUIRE(vcard && item, "vcard && item")) return 0;
+  OSTREL_CHECK(item, GRP_ITEM_TAG);
+  GrpItem_clear(item);
+  Group group{item, ver};
+  const int32_t rc = ostrel::detail::readFrame(
+      vcard, "VCARD", [&](const KvoStr *name, const KvoStr *, IStrm *val) {
+        if (const PropRow *row = ostrel::detail::findRow(kProps, KvoStr_buf(name)))
+          row->handler(group, val);
+        else
+          ostrel::detail::traceUnhandled(KvoStr_buf(name), val, 3);
+      });
+  if (rc < 1) GrpItem_clear(item);
+  return rc;
+}
+
+OSTREL_API int32_t Vgrp_encx(IStrm *vcard, const GrpItem *item, uint32_t ver,
+                             const VpiEncOpts *opts) {
+  OSTREL_FUNC_TRACE();
+  if (!OSTREL_REQUIRE(vcard && item, "vcard && item")) return 0;
+  OSTREL_CHECK(item, GRP_ITEM_TAG);
+  char version[16];
+  ver_to_ver_str(ver != 0 ? ver : 0x201, version, sizeof version, 0);
+  auto putIfSet = [&](const char *name, const KvoStr *text) {
+    if (KvoStr_len(text) > 0) VpiEnc_putStr(vcard, name, nullptr, KvoStr_buf(text), KvoStr_len(text), opts);
+  };
+  VpiEnc_putStr(vcard, "BEGIN", nullptr, "VCARD", -1, opts);
+  VpiEnc_putStr(vcard, "VERSION", nullptr, version, -1, opts);
+  putIfSet("X-GRPI", &item->id);
+  VpiEnc_putStrW(vcard, "X-GRPV", nullptr, KvoWcs_buf(&item->name), KvoWcs_len(&item->name), opts);
+  putIfSet("X-ACC-NAME", &item->accName);
+  putIfSet("X-ACC-TYPE", &item->accType);
+  VpiEnc_putStr(vcard, "END", nullptr, "VCARD", -1, nullptr);
+  return 0;
+}
+
+OSTREL_API int32_t Vgrp_enc(IStrm *vcard, const GrpItem *item, uint32_t ver) {
+  return Vgrp_encx(vcard, item, ver, nullptr);
+}
+
+}  // extern "C"

@@ -1,0 +1,32 @@
+// The formats the tool knows, in the order their claims are asked.
+#include <array>
+
+#include "Format.h"
+
+namespace ostrel_tool {
+
+extern const Format kGroupFormat;
+extern const Format kContactFormat;
+
+std::span<const Format> formats() {
+  static const std::array<Format, 2> kAll{kGroupFormat, kContactFormat};
+  return kAll;
+}
+
+std::string_view resultText(int32_t code) {
+  switch (code) {
+    case OSTREL_OBJECT: return "record read";
+    case OSTREL_OK: return "no record (cut short or missing its end line)";
+    case OSTREL_PARTS: return "bad part count or end of stream";
+    case OSTREL_NOT_FOUND: return "medium or type not found";
+    case OSTREL_SHORT: return "header string ends early";
+    case OSTREL_NO_FILE: return "file cannot be opened";
+    case OSTREL_CANT: return "value cannot be handled";
+    case OSTREL_BAD_KIND: return "record of no known kind";
+    case OSTREL_EOS: return "end of stream";
+    case OSTREL_MALFORMED: return "malformed property line";
+    default: return "unknown result";
+  }
+}
+
+}  // namespace ostrel_tool
