@@ -90,6 +90,12 @@ int32_t readWord(Source &src, TokenOut &out, const ClassTable &cls, int c) {
         const int d = src.next();
         if (d == '\n') {
           taken = 2;
+        } else if (d == '\r') {
+          const int f = src.next();  // CR CR LF: one line end
+          if (f == '\n')
+            taken = 3;
+          else
+            src.unread(f >= 0 ? 2 : 1);
         } else if (d >= 0) {
           src.back();
         }

@@ -304,7 +304,13 @@ inline const uint8_t *lineEndIn(const uint8_t *q, const uint8_t *lim) {
   const uint8_t *e = q + 1;
   if (*q == '\r') {
     if (e == lim) return nullptr;
-    if (*e == '\n') ++e;
+    if (*e == '\n') {
+      ++e;
+    } else if (*e == '\r') {
+      // CR CR LF is one line end: some phones write it (iOS 5 did).
+      if (e + 1 == lim) return nullptr;
+      if (e[1] == '\n') e += 2;
+    }
   }
   return e != lim ? e : nullptr;
 }
@@ -328,9 +334,15 @@ inline LineEnd takeLineEndIn(Source &src, bool unfold) {
 }
 
 // After a CR or LF from next(): takes the LF that completes a CR LF.
+// CR CR LF counts as one line end, as in lineEndIn.
 inline void takeEol(Source &src, int c) {
   if (c != '\r') return;
   const int d = src.next();
+  if (d == '\r') {
+    const int f = src.next();
+    if (f != '\n') src.unread(f >= 0 ? 2 : 1);
+    return;
+  }
   if (d >= 0 && d != '\n') src.back();
 }
 

@@ -157,6 +157,13 @@ TEST(LexLine, EveryLineEndStyleInEveryReader) {
       {&kB64, "QUJD\r\n;:QUJD", "[ABC]0@6 [ABC]-202@12 "},
       {&kB64, "QUJD\n;:QUJD", "[ABC]0@5 [ABC]-202@11 "},
       {&kB64, "QUJD\r;:QUJD", "[ABC]0@5 [ABC]-202@11 "},
+      // CR CR LF (iOS 5) is one line end, also in a fold; CR CR alone is two.
+      {&kPlain, "ab\r\r\ncd", "[ab]0@5 [cd]-202@7 "},
+      {&kPlain, "ab\r\r\n cd\r\r\n", "[abcd]0@11 []-202@11 "},
+      {&kPlain, "ab\r\rcd", "[ab]0@3 []0@4 [cd]-202@6 "},
+      {&kPlain, "ab\r\r", "[ab]0@3 []0@4 []-202@4 "},
+      {&kQp, "=41=\r\r\n=42\r\r\n", "[AB]0@13 []-202@13 "},
+      {&kB64, "QU\r\r\n JD\r\r\n\r\r\nX:1", "[ABC]0@14 [_]-202@17 "},
   });
 }
 
@@ -364,6 +371,7 @@ TEST(LexGet, LineEndsAndFolds) {
   EXPECT_EQ(tokens("A\r\n\nB\rC\r\n", ";", 0, 0), "W(A) W(B) W(C) EOS");
   EXPECT_EQ(tokens("TE\r\n L;\r\n\t;X\r\n", ";", 0, 1), "W(TEL) ;=59 ;=59 W(X) EOL EOS");
   EXPECT_EQ(tokens("A\r\n", nullptr, 0, 1), "W(A) EOL EOS");
+  EXPECT_EQ(tokens("A\r\r\nB;\r\r\n C", ";", 0, 1), "W(A) EOL W(B) ;=59 E(C) EOS");
   EXPECT_EQ(tokens("", ";", 0, 1), "EOS");
   EXPECT_EQ(tokens(std::string_view("a\0b;", 4), ";", 0, 1), "W(a\\x00b) ;=59 EOS");
 }

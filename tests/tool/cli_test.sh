@@ -55,6 +55,10 @@ expect_line "$tmp/out" 'cut\.vcf: 1 contact$'
 expect_status 1 "$tool" inspect "$tmp/none.vcf"
 expect_line "$tmp/err" 'none\.vcf: cannot read'
 
+# A directory is no file, and says so.
+expect_status 1 "$tool" inspect "$samples"
+expect_line "$tmp/err" 'cannot read: Is a directory'
+
 # Usage errors exit 2; help and version exit 0.
 expect_status 2 "$tool"
 expect_status 2 "$tool" frobnicate
@@ -77,8 +81,7 @@ expect_line "$tmp/out" 'contacts\.vcf: 3 contacts, 1 group$'
 # Every real vCard file reads without a crash; the count is reported.
 if [ -n "$corpus" ] && [ -d "$corpus/vcard" ]; then
   files=0
-  for f in "$corpus"/vcard/*; do
-    [ -f "$f" ] || continue
+  for f in "$corpus"/vcard/* "$corpus"/vcard/expected/*; do
     files=$((files + 1))
     "$tool" inspect "$f" >"$tmp/out" 2>"$tmp/err"
     rc=$?

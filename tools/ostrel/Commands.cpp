@@ -4,9 +4,9 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdint>
 #include <cstring>
-#include <fstream>
-#include <iterator>
+#include <filesystem>
 #include <map>
 #include <string_view>
 
@@ -29,17 +29,25 @@ class Library {
   ~Library() { Ostrel_exit(); }
 };
 
+// Reads a whole file, or standard input for "-"; false with errno set when
+// it cannot (a directory reads as EISDIR).
 bool readAll(const std::string &path, std::string *out) {
-  if (path == "-") {
-    char buf[65536];
-    size_t n;
-    while ((n = std::fread(buf, 1, sizeof buf, stdin)) > 0) out->append(buf, n);
-    return !std::ferror(stdin);
+  std::FILE *in = stdin;
+  if (path != "-") {
+    std::error_code ec;
+    if (std::filesystem::is_directory(path, ec)) {
+      errno = EISDIR;
+      return false;
+    }
+    in = std::fopen(path.c_str(), "rb");
+    if (in == nullptr) return false;
   }
-  std::ifstream in(path, std::ios::binary);
-  if (!in) return false;
-  out->assign(std::istreambuf_iterator<char>(in), {});
-  return !in.bad();
+  char buf[65536];
+  size_t n;
+  while ((n = std::fread(buf, 1, sizeof buf, in)) > 0) out->append(buf, n);
+  const bool ok = !std::ferror(in);
+  if (in != stdin) std::fclose(in);
+  return ok;
 }
 
 std::string displayName(const std::string &path) { return path == "-" ? "<stdin>" : path; }
@@ -56,6 +64,10 @@ bool walkFile(const std::string &path, OnRecord onRecord) {
   const std::string name = displayName(path);
   if (!readAll(path, &data)) {
     std::fprintf(stderr, "ostrel: %s: cannot read: %s\n", name.c_str(), std::strerror(errno));
+    return false;
+  }
+  if (data.size() > static_cast<size_t>(INT32_MAX)) {
+    std::fprintf(stderr, "ostrel: %s: larger than 2 GiB, not read\n", name.c_str());
     return false;
   }
   tarnex::ScratchMemStrm in(0);

@@ -1,7 +1,8 @@
 /*
  * tarnex/lex.h - the property lexer and line readers.
  *
- * Line ends are CR LF, a lone LF or a lone CR. A line end followed by a
+ * Line ends are CR LF, a lone LF or a lone CR, and CR CR LF (written by some
+ * phones) as one. A line end followed by a
  * blank or a tab is a fold: everywhere the lexer reads, the line end and
  * that one blank are dropped and the text goes on.
  *
