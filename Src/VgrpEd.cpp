@@ -73,8 +73,11 @@ OSTREL_API int32_t Vgrp_encx(IStrm *vcard, const GrpItem *item, uint32_t ver,
   OSTREL_CHECK(item, GRP_ITEM_TAG);
   char version[16];
   ver_to_ver_str(ver != 0 ? ver : 0x201, version, sizeof version, 0);
+  // Escaped text is written up to its first 0 byte, so that is what decides
+  // whether a line is written: a text of NUL bytes read from a card must not
+  // come back as an empty line that the next reading drops.
   auto putIfSet = [&](const char *name, const KvoStr *text) {
-    if (KvoStr_len(text) > 0) VpiEnc_putStr(vcard, name, nullptr, KvoStr_buf(text), KvoStr_len(text), opts);
+    if (*KvoStr_buf(text) != '\0') VpiEnc_putStr(vcard, name, nullptr, KvoStr_buf(text), -1, opts);
   };
   VpiEnc_putStr(vcard, "BEGIN", nullptr, "VCARD", -1, opts);
   VpiEnc_putStr(vcard, "VERSION", nullptr, version, -1, opts);
