@@ -185,6 +185,12 @@ OSTREL_API int32_t VpiEnc_putStrx(IStrm *strm, const char *name, const KvoStr *p
     tarnex::ScratchStrStrm raw(text, len);
     return VpiEnc_putStrm(strm, name, params, raw, 0, opts);
   }
+  // Escaped text is read up to its terminator; when nothing in it needs a
+  // backslash it goes out as it is, without a scratch stream on the heap.
+  if (text == nullptr || std::strpbrk(text, ostrel::detail::escapeSet(escChars)) == nullptr) {
+    tarnex::ScratchStrStrm raw(text, -1);
+    return VpiEnc_putStrm(strm, name, params, raw, 0, opts);
+  }
   tarnex::ScratchMemStrm escaped(256);
   VpiVal_addStr(escaped, text, len, escape, escChars, 1);
   return VpiEnc_putStrm(strm, name, params, escaped, 0, opts);

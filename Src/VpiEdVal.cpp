@@ -100,6 +100,15 @@ OSTREL_API int32_t VpiVal_getCstr(IStrm *strm, KvoStr *out, int32_t escaped,
   const char *set = escapeSet(escChars);
   ByteReader in(strm);
   bool any = false;
+  // In place, the bytes up to the next ";" or "\" go over in one piece; the
+  // component loop below sees only what stops such a run.
+  int64_t n = 0;
+  if (const uint8_t *p = in.rest(&n)) {
+    int64_t run = 0;
+    while (run < n && p[run] != ';' && p[run] != '\\') ++run;
+    KvoStr_appdStrx(out, reinterpret_cast<const char *>(p), static_cast<int32_t>(run));
+    in.skip(run);
+  }
   const int32_t more = readComponent([&] { return in.next(); },
                                      [&](int32_t c) { KvoStr_appdChar(out, static_cast<char>(c)); },
                                      set, -1, &any);
