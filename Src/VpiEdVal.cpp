@@ -62,6 +62,36 @@ int32_t readComponent(Source next, Sink append, const char *set, int32_t kEnd,
   return 0;
 }
 
+// The next component's bytes into out, escapes undone (set null: the whole
+// rest, unescaped). With nulEnds a 0 byte ends the value as the end of the
+// stream does. Gives readComponent's "more".
+int32_t readBytes(IStrm *strm, KvoStr *out, const char *set, bool nulEnds) {
+  ByteReader in(strm);
+  auto stops = [&](uint8_t b) {
+    return (set != nullptr && (b == ';' || b == '\\')) || (nulEnds && b == 0);
+  };
+  // In place, the bytes up to the next byte that matters go over in one
+  // piece; the component loop below sees only what stops such a run.
+  int64_t n = 0;
+  if (const uint8_t *p = in.rest(&n)) {
+    int64_t run = 0;
+    while (run < n && !stops(p[run])) ++run;
+    KvoStr_appdStrx(out, reinterpret_cast<const char *>(p), static_cast<int32_t>(run));
+    in.skip(run);
+  }
+  auto next = [&]() -> int32_t {
+    const int32_t c = in.next();
+    return nulEnds && c == 0 ? -1 : c;
+  };
+  auto append = [&](int32_t c) { KvoStr_appdChar(out, static_cast<char>(c)); };
+  if (set == nullptr) {
+    for (int32_t c = next(); c >= 0; c = next()) append(c);
+    return 0;
+  }
+  bool any = false;
+  return readComponent(next, append, set, -1, &any);
+}
+
 }  // namespace
 
 extern "C" {
@@ -97,38 +127,20 @@ OSTREL_API int32_t VpiVal_getCstr(IStrm *strm, KvoStr *out, int32_t escaped,
     KvoStr_appdStrm(out, strm, -1);
     return KvoStr_len(out) != 0;
   }
-  const char *set = escapeSet(escChars);
-  ByteReader in(strm);
-  bool any = false;
-  // In place, the bytes up to the next ";" or "\" go over in one piece; the
-  // component loop below sees only what stops such a run.
-  int64_t n = 0;
-  if (const uint8_t *p = in.rest(&n)) {
-    int64_t run = 0;
-    while (run < n && p[run] != ';' && p[run] != '\\') ++run;
-    KvoStr_appdStrx(out, reinterpret_cast<const char *>(p), static_cast<int32_t>(run));
-    in.skip(run);
-  }
-  const int32_t more = readComponent([&] { return in.next(); },
-                                     [&](int32_t c) { KvoStr_appdChar(out, static_cast<char>(c)); },
-                                     set, -1, &any);
+  const int32_t more = readBytes(strm, out, escapeSet(escChars), false);
   return more || KvoStr_len(out) != 0;
 }
 
+// The component is unescaped as bytes and converted once: escape bytes are
+// ASCII and never occur inside a UTF-8 sequence, so this reads as the
+// character-by-character walk would, a 0 character ending the value.
 OSTREL_API int32_t VpiVal_getCwcs(IStrm *strm, KvoWcs *out, int32_t escaped,
                                   const char *escChars) {
   if (!OSTREL_REQUIRE(strm && out, "strm && out")) return 0;
-  KvoWcs_clear(out);
-  const char *set = escapeSet(escChars);
-  bool any = false;
-  auto next = [&]() -> int32_t { return utf8_strm_to_wcs_char(strm); };
-  auto append = [&](int32_t c) { KvoWcs_appdChar(out, static_cast<KvoWchar>(c)); };
-  if (escaped == 0) {
-    for (int32_t c = next(); c != 0; c = next()) append(c);
-    return KvoWcs_len(out) != 0;
-  }
-  const int32_t more = readComponent(next, append, set, 0, &any);
-  return more || KvoWcs_len(out) != 0;
+  tarnex::ScratchStr<256> bytes;
+  const int32_t more = readBytes(strm, bytes, escaped ? escapeSet(escChars) : nullptr, true);
+  KvoWcs_setStr(out, bytes.c_str());
+  return (escaped && more) || KvoWcs_len(out) != 0;
 }
 
 OSTREL_API char *VpiVal_getStr(IStrm *strm, int32_t escaped, const char *escChars) {

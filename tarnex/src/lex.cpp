@@ -5,6 +5,7 @@
 // dropped together with that one blank, inside a word as between tokens,
 // so "TEL;TY\r\n PE=HOME" reads as if it stood on one line.
 #include <array>
+#include <cstring>
 #include <cstdint>
 
 #include "lex_scan.h"
@@ -30,6 +31,37 @@ ClassTable classify(const char *delims, bool quotes) {
   t['\r'] = kEol;
   t['\n'] = kEol;
   return t;
+}
+
+// The property decoder asks with the same two or three delimiter sets for
+// every line, and building a 256-entry table per token cost as much as
+// reading the token; a small per-thread cache keeps the recent ones. It holds
+// nothing but tables derived from the arguments.
+const ClassTable &classFor(const char *delims, bool quotes) {
+  constexpr size_t kKeyMax = 16;
+  struct Entry {
+    char key[kKeyMax];
+    bool quotes;
+    bool used;
+    ClassTable table;
+  };
+  thread_local Entry cache[4];
+  thread_local unsigned nextSlot = 0;
+  thread_local ClassTable uncached;
+  const char *key = delims != nullptr ? delims : "";
+  const size_t len = std::strlen(key);
+  if (len >= kKeyMax) {
+    uncached = classify(delims, quotes);
+    return uncached;
+  }
+  for (const Entry &e : cache)
+    if (e.used && e.quotes == quotes && std::strcmp(e.key, key) == 0) return e.table;
+  Entry &e = cache[nextSlot++ % 4];
+  std::memcpy(e.key, key, len + 1);
+  e.quotes = quotes;
+  e.used = true;
+  e.table = classify(delims, quotes);
+  return e.table;
 }
 
 // The token being built; a null token only lets the lexer move on.
@@ -113,7 +145,7 @@ int32_t readWord(Source &src, TokenOut &out, const ClassTable &cls, int c) {
 
 int32_t lexGet(IStrm *strm, KvoStr *token, const char *delims, int32_t flags,
                int32_t eolTokens) {
-  const ClassTable cls = classify(delims, (flags & KVO_LEX_NO_QUOTES) == 0);
+  const ClassTable &cls = classFor(delims, (flags & KVO_LEX_NO_QUOTES) == 0);
   Source src(strm);
   TokenOut out(token);
   for (;;) {
