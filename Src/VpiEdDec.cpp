@@ -86,7 +86,11 @@ OSTREL_API int32_t VpiDec_getStrm(IStrm *raw, KvoStr *name, KvoStr *params, IStr
   IStrm_clear(val);
   int32_t rc = readName(raw, token, name);
   if (rc >= 0) rc = readParams(raw, token, params);
-  if (rc >= 0) rc = readValue(raw, val, VpiParams_getCs(params), VpiParams_getEnc(params));
+  if (rc >= 0) {
+    const bool bare = KvoStr_len(params) == 0;  // most lines: no searches to make
+    rc = readValue(raw, val, bare ? VPI_CS_NONE : VpiParams_getCs(params),
+                   bare ? VPI_ENC_NONE : VpiParams_getEnc(params));
+  }
   if (rc < 0) {
     KvoStr_clear(name);
     KvoStr_clear(params);

@@ -56,8 +56,13 @@ int32_t readFrame(IStrm *strm, const char *word, OnProp onProp) {
 // The first row whose name equals `name` (case ignored), or null.
 template <class Row, size_t N>
 const Row *findRow(const Row (&table)[N], const char *name) {
+  // The first byte, folded the way ASCII letters fold, rules out most rows
+  // before the full comparison; it never rules out a match.
+  const int first = static_cast<unsigned char>(name[0]) | 0x20;
   for (const Row &row : table)
-    if (kvo_stricmp(name, row.name) == 0) return &row;
+    if ((static_cast<unsigned char>(row.name[0]) | 0x20) == first &&
+        kvo_stricmp(name, row.name) == 0)
+      return &row;
   return nullptr;
 }
 
