@@ -12,6 +12,7 @@
 #include "detail/TextFrame.h"
 #include "detail/Trace.h"
 #include "detail/VcardTables.h"
+#include "detail/Vpi.h"
 #include "ostrel/VcardEd.h"
 #include "tarnex/scratch.hpp"
 
@@ -110,8 +111,11 @@ void onStream(Card &card, const PropRow &row, const KvoStr *params, IStrm *val) 
   if (field == nullptr) return;
   PbSval &sval = field->sval;
   sval.fmt[0] = '\0';
-  VpiParams_getFmt(params, sval.fmt, sizeof sval.fmt);
-  sval.fmt[sizeof sval.fmt - 1] = '\0';
+  // Stored as the encoder can write it back, so a card reads the same twice.
+  char fmt[64] = "";
+  VpiParams_getFmt(params, fmt, sizeof fmt);
+  ostrel::detail::plainParamValue(fmt);
+  kvo_strxfrm(sval.fmt, fmt, sizeof sval.fmt);
   sval.loc = VpiParams_getVl(params);
   if (sval.loc == VPI_LOC_INLINE) {
     IStrm *bytes = MemStrm_xcreatex__(nullptr, 0, __FILE__, __LINE__);

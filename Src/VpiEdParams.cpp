@@ -127,8 +127,12 @@ OSTREL_API KvoStr *VpiParams_putVl(KvoStr *params, int32_t loc) {
 OSTREL_API KvoStr *VpiParams_putFmt(KvoStr *params, const char *fmt) {
   if (!OSTREL_REQUIRE(params, "params")) return params;
   if (fmt == nullptr || *fmt == '\0') return params;
+  // A byte that would end the value early or open a quote is not written:
+  // the line stays well formed whatever the caller's text holds.
+  int32_t n = 0;
+  while (fmt[n] != '\0' && !ostrel::detail::endsParamValue(fmt[n])) ++n;
   KvoStr_appdStr(params, ";TYPE=");
-  return KvoStr_appdStr(params, fmt);
+  return KvoStr_appdStrx(params, fmt, n);
 }
 
 }  // extern "C"

@@ -17,6 +17,24 @@ inline const char *escapeSet(const char *escChars) {
   return (escChars == nullptr || *escChars == '\0') ? ";\\" : escChars;
 }
 
+// Bytes that end a parameter value on a property line, or open a quoted one.
+inline bool endsParamValue(char c) {
+  return c == ';' || c == ':' || c == '"' || c == '\r' || c == '\n';
+}
+
+// A parameter value as it can be written back bare, in place: double quotes
+// dropped (TYPE="JPEG" gives JPEG), cut at a ";" or ":" that only the quotes
+// had protected.
+inline void plainParamValue(char *text) {
+  char *out = text;
+  for (const char *p = text; *p != '\0'; ++p) {
+    if (*p == '"') continue;
+    if (endsParamValue(*p)) break;
+    *out++ = *p;
+  }
+  *out = '\0';
+}
+
 }  // namespace ostrel::detail
 
 #endif  // OSTREL_DETAIL_VPI_H

@@ -39,6 +39,9 @@ expect_status 0 "$tool" inspect "$tmp/c30.vcf"
 expect_line "$tmp/out" 'c30\.vcf: 3 contacts, 1 group$'
 expect_status 0 "$tool" convert "$tmp/c30.vcf" --to vcard21
 expect_line "$tmp/out" '^VERSION:2\.1'
+expect_line "$tmp/err" 'c30\.vcf: 3 contacts, 1 group$'
+grep -q 'contacts' "$tmp/out" && fail "the summary line landed in the converted text"
+[ "$(head -n 1 "$tmp/out")" = $'BEGIN:VCARD\r' ] || fail "converted text does not begin with BEGIN:VCARD"
 
 # A file of no known format fails with its name.
 printf 'hello, world\n' >"$tmp/plain.txt"

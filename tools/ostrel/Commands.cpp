@@ -58,8 +58,10 @@ void writeStream(std::FILE *to, IStrm *s) {
 }
 
 // Walks the records of one file; `onRecord` gets each record read.
+// The summary line goes to `summaryTo`: standard error when standard output
+// carries converted text.
 template <class OnRecord>
-bool walkFile(const std::string &path, OnRecord onRecord) {
+bool walkFile(const std::string &path, std::FILE *summaryTo, OnRecord onRecord) {
   std::string data;
   const std::string name = displayName(path);
   if (!readAll(path, &data)) {
@@ -119,7 +121,8 @@ bool walkFile(const std::string &path, OnRecord onRecord) {
     summary += (summary.empty() ? "" : ", ") + std::to_string(n) + " " +
                std::string(n == 1 ? f->noun : f->plural);
   }
-  std::printf("%s: %s\n", name.c_str(), summary.empty() ? "no records" : summary.c_str());
+  std::fprintf(summaryTo, "%s: %s\n", name.c_str(),
+               summary.empty() ? "no records" : summary.c_str());
   return ok;
 }
 
@@ -139,7 +142,7 @@ int runInspect(const Options &opts) {
   Library lib(opts.traceCategories);
   bool ok = true;
   for (const std::string &path : opts.files) {
-    const bool fileOk = walkFile(path, [](const Format &, Record &record, int, size_t) {
+    const bool fileOk = walkFile(path, stdout, [](const Format &, Record &record, int, size_t) {
       tarnex::ScratchMemStrm text(0);
       record.trace(text);
       writeStream(stdout, text);
@@ -161,7 +164,7 @@ int runConvert(const Options &opts) {
   tarnex::ScratchMemStrm out(0);
   bool ok = true;
   for (const std::string &path : opts.files) {
-    const bool fileOk = walkFile(path, [&](const Format &f, Record &record, int number, size_t) {
+    const bool fileOk = walkFile(path, stderr, [&](const Format &f, Record &record, int number, size_t) {
       if (f.family != family) {
         std::fprintf(stderr, "ostrel: %s: record %d: a %.*s cannot be written as %s\n",
                      displayName(path).c_str(), number, static_cast<int>(f.noun.size()),
