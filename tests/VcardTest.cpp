@@ -185,6 +185,10 @@ TEST_F(Vcard, DecodeStreamFields) {
   EXPECT_EQ(card({"PHOTO;TYPE=ABCDEFGHIJKLMNOP:z"}), "P:{ABCDEFGHIJK,0,z}\n");
   // A located value with no text keeps its format and place but no stream.
   EXPECT_EQ(card({"PHOTO;VALUE=URL;TYPE=X:"}), "P:{X,3,}\n");
+  // Quotes are dropped, and a separator only they protected ends the format,
+  // so that the encoder can write back what is kept.
+  EXPECT_EQ(card({"PHOTO;TYPE=\"JPEG\":z"}), "P:{JPEG,0,z}\n");
+  EXPECT_EQ(card({"PHOTO;TYPE=\"a:b\";X=1:z"}), "P:{a,0,z}\n");
 }
 
 TEST_F(Vcard, DecodeVersionAndLuid) {
@@ -359,6 +363,10 @@ TEST_F(Vcard, EncodeSkipsAndStreamValues) {
               nullptr);
   EXPECT_EQ(body(), "PHOTO;VALUE=URL;TYPE=X:http://u\r\nLOGO;VALUE=CONTENT-ID:c\\;1\r\n");
   EXPECT_EQ(rc_, 0);
+  // A caller's format never breaks the line: it ends before a separator.
+  PbSval_setx(&PbItem_at(&item_, 6)->sval, reinterpret_cast<const KvoWchar *>(u"u"), -1,
+              VPI_LOC_URL, "A:B");
+  EXPECT_EQ(body().substr(0, 30), "PHOTO;VALUE=URL;TYPE=A:u\r\nLOGO");
   // A file that can't be read is the card's result; END is still written.
   PbSval_setx(&put(8, "S")->sval, reinterpret_cast<const KvoWchar *>(u"/no/such/file"), -1,
               VPI_LOC_FILE, nullptr);
