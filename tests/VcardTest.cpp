@@ -4,9 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
@@ -15,25 +12,26 @@
 
 namespace {
 
-std::string utf8(const KvoWcs *w) {
-  tarnex::ScratchStr<64> s;
-  KvoStr_setCwcs(s, w);
-  return std::string(s.view());
+using V = std::vector<std::string>;
+
+std::string memText(IStrm *m) {
+  return std::string(reinterpret_cast<const char *>(MemStrm_data(m)),
+                     static_cast<size_t>(IStrm_size(m)));
 }
 
+const KvoWchar *wide(const char16_t *s) { return reinterpret_cast<const KvoWchar *>(s); }
+
+// A located value is 16-bit text (ASCII in these tests), an inline one bytes.
 std::string svalText(const PbSval &sv) {
   if (!PbSval_valid__(&sv)) return "";
-  const int64_t n = IStrm_size(sv.strm);
-  std::string bytes(static_cast<size_t>(n), '\0');
+  std::string bytes(static_cast<size_t>(IStrm_size(sv.strm)), '\0');
   IStrm_rewind(sv.strm);
-  IStrm_read(sv.strm, bytes.data(), static_cast<int32_t>(n));
+  IStrm_read(sv.strm, bytes.data(), static_cast<int32_t>(bytes.size()));
   IStrm_rewind(sv.strm);
   if (sv.loc == 0) return bytes;
   std::u16string units(bytes.size() / 2, u'\0');
   std::memcpy(units.data(), bytes.data(), units.size() * 2);
-  std::string out;
-  for (char16_t u : units) out += static_cast<char>(u);  // ASCII in these tests
-  return out;
+  return std::string(units.begin(), units.end());
 }
 
 // "type[/pref]:v0|v1|..." a field, trailing empty components left out;
@@ -48,7 +46,11 @@ std::string render(PbItem *item) {
     out += ":";
     int32_t last = PB_VAL_MAX;
     while (last > 0 && KvoWcs_len(&f->vals[last - 1]) == 0) --last;
-    for (int32_t v = 0; v < last; ++v) out += (v ? "|" : "") + utf8(&f->vals[v]);
+    for (int32_t v = 0; v < last; ++v) {
+      tarnex::ScratchStr<64> s;
+      KvoStr_setCwcs(s, &f->vals[v]);
+      out += (v ? "|" : "") + std::string(s.view());
+    }
     if (f->sval.strm != nullptr || f->sval.fmt[0] || f->sval.loc)
       out += "{" + std::string(f->sval.fmt) + "," + std::to_string(f->sval.loc) + "," +
              svalText(f->sval) + "}";
@@ -57,7 +59,7 @@ std::string render(PbItem *item) {
   return out;
 }
 
-std::string crlf(const std::vector<std::string> &lines) {
+std::string crlf(const V &lines) {
   std::string s;
   for (const auto &l : lines) s += l + "\r\n";
   return s;
@@ -68,33 +70,30 @@ class Vcard : public testing::Test {
   void SetUp() override { PbItem_new(&item_); }
   void TearDown() override { PbItem_delete(&item_); }
 
-  // Decodes the whole text card by card: results and the rendered cards.
-  std::vector<std::string> decodeAll(const std::string &text, std::vector<int32_t> *codes) {
+  // The whole text card by card: each card rendered, then "rc N" and what
+  // the record held after the result that ended the reading.
+  V decodeAll(const std::string &text) {
     tarnex::ScratchStrStrm in(text);
-    std::vector<std::string> cards;
+    V got;
     for (int guard = 0; guard < 1000; ++guard) {
       const int32_t rc = Vcard_dec(in, &item_, nullptr);
-      codes->push_back(rc);
+      got.push_back(rc == 1 ? render(&item_) : "rc " + std::to_string(rc) + render(&item_));
       if (rc < 1) break;
-      cards.push_back(render(&item_));
     }
-    return cards;
+    return got;
   }
   // The one card of a body put between BEGIN and END.
-  std::string card(const std::vector<std::string> &body) {
-    std::vector<std::string> lines{"BEGIN:VCARD", "VERSION:2.1"};
-    lines.insert(lines.end(), body.begin(), body.end());
+  std::string card(V lines) {
+    lines.insert(lines.begin(), {"BEGIN:VCARD", "VERSION:2.1"});
     lines.push_back("END:VCARD");
-    const std::string text = crlf(lines);
-    tarnex::ScratchStrStrm in(text);
-    EXPECT_EQ(Vcard_dec(in, &item_, nullptr), 1) << text;
-    return render(&item_);
+    const V got = decodeAll(crlf(lines));
+    EXPECT_EQ(got.size(), 2u) << crlf(lines);
+    return got[0];
   }
   std::string encode(const char *luid = nullptr, uint32_t ver = 0) {
     tarnex::ScratchMemStrm out(0);
     rc_ = Vcard_encx(out, &item_, ver, luid, nullptr);
-    return std::string(reinterpret_cast<const char *>(MemStrm_data(out)),
-                       static_cast<size_t>(IStrm_size(out)));
+    return memText(out);
   }
   PbField *put(int32_t slot, const char *type, std::vector<const char *> vals = {},
                int32_t flags = 0) {
@@ -108,9 +107,7 @@ class Vcard : public testing::Test {
   std::string body(const char *luid = nullptr) {
     std::string s = encode(luid);
     const std::string head = "BEGIN:VCARD\r\nVERSION:2.1\r\n", foot = "END:VCARD\r\n";
-    EXPECT_EQ(s.substr(0, head.size()), head);
-    EXPECT_GE(s.size(), head.size() + foot.size());
-    EXPECT_EQ(s.substr(s.size() - foot.size()), foot);
+    if (!s.starts_with(head) || !s.ends_with(foot)) return "no frame: " + s;
     return s.substr(head.size(), s.size() - head.size() - foot.size());
   }
 
@@ -118,45 +115,25 @@ class Vcard : public testing::Test {
   int32_t rc_ = 0;
 };
 
-// ---- Decoder: type rules ------------------------------------------------------
+// ---- Decoder -------------------------------------------------------------------
 
+// The first word found wins, so the device order decides WORK;CELL;FAX; a
+// word inside a longer word counts (X-HOMELY); CELL is an e-mail position
+// only; only the typed rows take PREF; X-MS-TEL has no default and an
+// unknown word drops the line.
 TEST_F(Vcard, DecodeTypeRules) {
-  struct Case {
-    const char *line, *want;
-  } cases[] = {
-      {"TEL;WORK;FAX:1", "TWF:1\n"},
-      {"TEL:1", "TPV:1\n"},
-      {"TEL;HOME;PREF:1", "THV/1:1\n"},
-      {"TEL;TYPE=CELL,HOME:1", "THC:1\n"},
-      {"TEL;WORK;CELL;FAX:1", "TWF:1\n"},  // the device order decides
-      {"TEL;VIDEO:1", "TPE:1\n"},
-      {"TEL;PAGER:1", "TPP:1\n"},
-      {"TEL;MSG:1", "TPM:1\n"},
-      {"TEL;CAR:1", "TPR:1\n"},
-      {"TEL;ISDN:1", "TPN:1\n"},
-      {"TEL;MODEM:1", "TPD:1\n"},
-      {"TEL;X-HOMELY:1", "THV:1\n"},  // a word inside a longer word counts
-      {"tel;work;voice;pref:1", "TWV/1:1\n"},
-      {"EMAIL;INTERNET:a", "EP:a\n"},
-      {"EMAIL;HOME:a", "EH:a\n"},
-      {"EMAIL;WORK;PREF:a", "EW/1:a\n"},
-      {"EMAIL;CELL:a", "EC:a\n"},
-      {"URL;WORK:u", "UW:u\n"},
-      {"URL;CELL:u", "UP:u\n"},  // cell is an e-mail position only
-      {"ADR;HOME;PREF:a;b;c;d;e;f;g;h", "AH/1:a|b|c|d|e|f|g\n"},
-      {"N;PREF:a", "N:a\n"},  // rows without the mark keep flags 0
-      {"X-MS-TEL;COMPM:1", "TXH:1\n"},
-      {"X-MS-TEL;ASSISTANT:1", "TXA:1\n"},
-      {"X-MS-TEL;CALLBACK:1", "TXK:1\n"},
-      {"X-MS-TEL;RADIO:1", "TXI:1\n"},
-      {"X-MS-TEL;TTYTDD:1", "TXY:1\n"},
-      {"X-MS-TEL;MMS:1", "TXS:1\n"},
-      {"X-MS-TEL;TELEX:1", "TXG:1\n"},
-      {"X-MS-TEL;MAIN;PREF:1", "TXZ/1:1\n"},
-      {"X-MS-TEL;NET:1", "TXT:1\n"},
-      {"X-MS-TEL;OTHER:1", ""},
-  };
-  for (const Case &c : cases) EXPECT_EQ(card({c.line}), c.want) << c.line;
+  EXPECT_EQ(card({"TEL;WORK;FAX:1", "TEL:1", "TEL;HOME;PREF:1", "TEL;TYPE=CELL,HOME:1",
+                  "TEL;WORK;CELL;FAX:1", "TEL;VIDEO:1", "TEL;PAGER:1", "TEL;MSG:1", "TEL;CAR:1",
+                  "TEL;ISDN:1", "TEL;MODEM:1", "TEL;X-HOMELY:1", "tel;work;voice;pref:1"}),
+            "TWF:1\nTPV:1\nTHV/1:1\nTHC:1\nTWF:1\nTPE:1\nTPP:1\nTPM:1\nTPR:1\nTPN:1\nTPD:1\n"
+            "THV:1\nTWV/1:1\n");
+  EXPECT_EQ(card({"EMAIL;INTERNET:a", "EMAIL;HOME:a", "EMAIL;WORK;PREF:a", "EMAIL;CELL:a",
+                  "URL;WORK:u", "URL;CELL:u", "ADR;HOME;PREF:a;b;c;d;e;f;g;h", "N;PREF:a"}),
+            "EP:a\nEH:a\nEW/1:a\nEC:a\nUW:u\nUP:u\nAH/1:a|b|c|d|e|f|g\nN:a\n");
+  EXPECT_EQ(card({"X-MS-TEL;COMPM:1", "X-MS-TEL;ASSISTANT:1", "X-MS-TEL;CALLBACK:1",
+                  "X-MS-TEL;RADIO:1", "X-MS-TEL;TTYTDD:1", "X-MS-TEL;MMS:1", "X-MS-TEL;TELEX:1",
+                  "X-MS-TEL;OTHER:1", "X-MS-TEL;MAIN;PREF:1", "X-MS-TEL;NET:1"}),
+            "TXH:1\nTXA:1\nTXK:1\nTXI:1\nTXY:1\nTXS:1\nTXG:1\nTXZ/1:1\nTXT:1\n");
 }
 
 TEST_F(Vcard, DecodeSimpleRowsAndComponents) {
@@ -171,31 +148,31 @@ TEST_F(Vcard, DecodeSimpleRowsAndComponents) {
             "DG:1\nDA:2\nDY:3\nDS:4\nDQ:5\nDM:6\nDI:7\nDJ:8\nDN:9\n");
   // Escapes go in one pass: "\\" is one backslash, "\n" is kept as it is.
   EXPECT_EQ(card({"NOTE:a\\\\;b", "TITLE:x\\ny"}), "M:a\\\nI:x\\ny\n");
-  EXPECT_EQ(card({"LABEL:x", "GEO:1;2", "CATEGORIES:c", "AGENT:y"}), "");
+  // Dropped names leave nothing; broken quoted-printable stays text.
+  EXPECT_EQ(card({"LABEL:x", "GEO:1;2", "CATEGORIES:c", "AGENT:y",
+                  "NOTE;ENCODING=QUOTED-PRINTABLE:a=ZZb=4"}),
+            "M:a=ZZb=4\n");
   EXPECT_EQ(card({"NOTE;CHARSET=UTF-8;ENCODING=QUOTED-PRINTABLE:a=C3=A9=0D=0A=", "b"}),
             "M:a\xC3\xA9\r\nb\n");
 }
 
+// A bare word is no format; a TYPE is cut to the record's 11 characters; a
+// located value with no text keeps format and place but no stream. Quotes
+// are dropped, and a separator only they protected ends the format, so that
+// the encoder can write back what is kept.
 TEST_F(Vcard, DecodeStreamFields) {
-  EXPECT_EQ(card({"PHOTO;ENCODING=BASE64;TYPE=X:", " YWJj", ""}), "P:{X,0,abc}\n");
-  EXPECT_EQ(card({"PHOTO;VALUE=URL:u"}), "P:{,3,u}\n");
-  EXPECT_EQ(card({"LOGO;VALUE=CONTENT-ID;TYPE=GIF:c1"}), "OL:{GIF,4,c1}\n");
-  EXPECT_EQ(card({"SOUND;JPEG:xy"}), "S:{,0,xy}\n");  // a bare word is no format
-  // A TYPE longer than 11 characters is cut to fit the record.
-  EXPECT_EQ(card({"PHOTO;TYPE=ABCDEFGHIJKLMNOP:z"}), "P:{ABCDEFGHIJK,0,z}\n");
-  // A located value with no text keeps its format and place but no stream.
-  EXPECT_EQ(card({"PHOTO;VALUE=URL;TYPE=X:"}), "P:{X,3,}\n");
-  // Quotes are dropped, and a separator only they protected ends the format,
-  // so that the encoder can write back what is kept.
-  EXPECT_EQ(card({"PHOTO;TYPE=\"JPEG\":z"}), "P:{JPEG,0,z}\n");
-  EXPECT_EQ(card({"PHOTO;TYPE=\"a:b\";X=1:z"}), "P:{a,0,z}\n");
+  EXPECT_EQ(card({"PHOTO;ENCODING=BASE64;TYPE=X:", " YWJj", "", "PHOTO;VALUE=URL:u",
+                  "LOGO;VALUE=CONTENT-ID;TYPE=GIF:c1", "SOUND;JPEG:xy",
+                  "PHOTO;TYPE=ABCDEFGHIJKLMNOP:z", "PHOTO;VALUE=URL;TYPE=X:",
+                  "PHOTO;TYPE=\"JPEG\":z", "PHOTO;TYPE=\"a:b\";X=1:z"}),
+            "P:{X,0,abc}\nP:{,3,u}\nOL:{GIF,4,c1}\nS:{,0,xy}\nP:{ABCDEFGHIJK,0,z}\nP:{X,3,}\n"
+            "P:{JPEG,0,z}\nP:{a,0,z}\n");
 }
 
 TEST_F(Vcard, DecodeVersionAndLuid) {
-  const std::string text =
-      crlf({"BEGIN:VCARD", "VERSION:3.0", "X-IRMC-LUID:12", "N:a", "END:VCARD", "BEGIN:VCARD",
-            "N:b", "END:VCARD"});
-  tarnex::ScratchStrStrm in(text);
+  const std::string text = crlf({"BEGIN:VCARD", "VERSION:3.0", "X-IRMC-LUID:12", "N:a",
+                                 "END:VCARD", "BEGIN:VCARD", "N:b", "END:VCARD"});
+  tarnex::ScratchStrStrm in(text);  // reads the text in place
   tarnex::ScratchStr<16> luid;
   uint32_t ver = 7;
   ASSERT_EQ(Vcard_decx(in, &item_, &ver, luid), 1);
@@ -210,166 +187,100 @@ TEST_F(Vcard, DecodeVersionAndLuid) {
 
 // ---- Decoder: the frame --------------------------------------------------------
 
-TEST_F(Vcard, FrameCardsGarbageAndNesting) {
-  std::vector<int32_t> codes;
-  EXPECT_EQ(decodeAll(crlf({"BEGIN:VCARD", "VERSION:2.1", "END:VCARD"}), &codes),
-            std::vector<std::string>{""});
-  EXPECT_EQ(codes, (std::vector<int32_t>{1, 0}));
-
-  codes.clear();
-  const std::string text = crlf({"X-JUNK:1", "BEGIN:VCALENDAR", "N:no", "END:VCARD",
-                                 "begin:vcard", "n:a", "END:VCALENDAR", "end:vcard", "",
-                                 "NOTE:between", "BEGIN:VCARD", "TEL:2", "END:VCARD"});
-  EXPECT_EQ(decodeAll(text, &codes), (std::vector<std::string>{"N:a\n", "TPV:2\n"}));
-  EXPECT_EQ(codes, (std::vector<int32_t>{1, 1, 0}));
-
-  // A second BEGIN is just an unknown line, and the first END ends the
-  // card, also for an embedded AGENT card.
-  codes.clear();
-  EXPECT_EQ(decodeAll(crlf({"BEGIN:VCARD", "N:a", "AGENT:", "BEGIN:VCARD", "N:b", "END:VCARD",
-                            "TEL:1", "END:VCARD"}),
-                      &codes),
-            std::vector<std::string>{"N:a\nN:b\n"});
-  EXPECT_EQ(codes, (std::vector<int32_t>{1, 0}));
-
-  codes.clear();
-  EXPECT_TRUE(decodeAll("just text\r\nno card at all\r\n", &codes).empty());
-  EXPECT_EQ(codes, std::vector<int32_t>{0});
+TEST_F(Vcard, FrameCardsGarbageAndFaults) {
+  const std::string malformed = "rc " + std::to_string(OSTREL_MALFORMED);
+  struct Case {
+    V lines, want;
+  } cases[] = {
+      {{"BEGIN:VCARD", "VERSION:2.1", "END:VCARD"}, {"", "rc 0"}},
+      // Lines outside a card and other objects' frames are passed over.
+      {{"X-JUNK:1", "BEGIN:VCALENDAR", "N:no", "END:VCARD", "begin:vcard", "n:a",
+        "END:VCALENDAR", "end:vcard", "", "NOTE:between", "BEGIN:VCARD", "TEL:2", "END:VCARD"},
+       {"N:a\n", "TPV:2\n", "rc 0"}},
+      // A second BEGIN is just an unknown line, and the first END ends the
+      // card, also for an embedded AGENT card.
+      {{"BEGIN:VCARD", "N:a", "AGENT:", "BEGIN:VCARD", "N:b", "END:VCARD", "TEL:1", "END:VCARD"},
+       {"N:a\nN:b\n", "rc 0"}},
+      // A malformed line inside a card is its result and the card is lost;
+      // before any card it reads as the end of the input.
+      {{"BEGIN:VCARD", "N:a", "TEL;HOME", "END:VCARD"}, {malformed}},
+      {{"garbage", "BEGIN:VCARD", "N:a", "END:VCARD"}, {"rc 0"}},
+  };
+  for (const Case &c : cases) EXPECT_EQ(decodeAll(crlf(c.lines)), c.want) << crlf(c.lines);
+  EXPECT_EQ(decodeAll("BEGIN:VCARD\r\nNOTE;ENCODING=QUOTED-PRINTABLE:a="), V{"rc 0"});
 }
 
-TEST_F(Vcard, FrameFaults) {
-  std::vector<int32_t> codes;
-  // A malformed line inside a card is its code and the card is lost.
-  EXPECT_TRUE(decodeAll(crlf({"BEGIN:VCARD", "N:a", "TEL;HOME", "END:VCARD"}), &codes).empty());
-  EXPECT_EQ(codes, std::vector<int32_t>{OSTREL_MALFORMED});
-  EXPECT_EQ(PbItem_find(&item_, "N", nullptr), nullptr);
-  // Before any card it reads as the end of the input.
-  codes.clear();
-  EXPECT_TRUE(decodeAll(crlf({"garbage", "BEGIN:VCARD", "N:a", "END:VCARD"}), &codes).empty());
-  EXPECT_EQ(codes, std::vector<int32_t>{0});
-  // Broken quoted-printable stays text; a soft break at the very end too.
-  EXPECT_EQ(card({"NOTE;ENCODING=QUOTED-PRINTABLE:a=ZZb=4"}), "M:a=ZZb=4\n");
-  codes.clear();
-  EXPECT_TRUE(
-      decodeAll("BEGIN:VCARD\r\nNOTE;ENCODING=QUOTED-PRINTABLE:a=", &codes).empty());
-  EXPECT_EQ(codes, std::vector<int32_t>{0});
-}
-
-// Every cut of a card: a card counts only once its END:VCARD is complete,
-// and a cut card leaves the record cleared even after a good card.
+// Every cut of a card: a card counts only once its END:VCARD is complete;
+// before, a cut is 0, or the property layer's code for a name or parameters
+// cut short, and leaves the record cleared even after a good card.
 TEST_F(Vcard, FrameEveryCutOff) {
   const std::string text = crlf({"BEGIN:VCARD", "N:a;b", "TEL;CELL:1", "END:VCARD"});
   const size_t complete = text.find("END:VCARD") + std::strlen("END:VCARD");
+  const V malformed{"rc " + std::to_string(OSTREL_MALFORMED)};
   for (size_t n = 0; n <= text.size(); ++n) {
     put(0, "OF", {"stale"});
-    const std::string cut = text.substr(0, n);
-    tarnex::ScratchStrStrm in(cut);
-    const int32_t rc = Vcard_dec(in, &item_, nullptr);
-    // Before the END line a cut is no card: 0, or the property layer's
-    // code for a name or parameters cut short.
+    const V got = decodeAll(text.substr(0, n));
     if (n >= complete)
-      EXPECT_EQ(rc, 1) << n;
+      EXPECT_EQ(got, (V{"N:a|b\nTPC:1\n", "rc 0"})) << n;
     else
-      EXPECT_TRUE(rc == 0 || rc == OSTREL_MALFORMED) << n << ": " << rc;
-    EXPECT_EQ(render(&item_), rc == 1 ? "N:a|b\nTPC:1\n" : "") << n;
+      EXPECT_TRUE(got == V{"rc 0"} || got == malformed) << n << ": " << got.back();
   }
 }
 
+// The record holds PB_FIELD_MAX fields: the rest of the card is dropped and
+// the next card still starts clean.
 TEST_F(Vcard, FrameMoreThan128Properties) {
-  std::vector<std::string> lines{"BEGIN:VCARD"};
+  V lines{"BEGIN:VCARD"};
   for (int i = 0; i < 200; ++i) lines.push_back("TEL:" + std::to_string(i));
-  lines.push_back("END:VCARD");
-  lines.insert(lines.end(), {"BEGIN:VCARD", "N:next", "END:VCARD"});
-  std::vector<int32_t> codes;
-  const auto cards = decodeAll(crlf(lines), &codes);
-  ASSERT_EQ(codes, (std::vector<int32_t>{1, 1, 0}));
+  lines.insert(lines.end(), {"END:VCARD", "BEGIN:VCARD", "N:next", "END:VCARD"});
   std::string first;
   for (int i = 0; i < PB_FIELD_MAX; ++i) first += "TPV:" + std::to_string(i) + "\n";
-  EXPECT_EQ(cards[0], first);
-  EXPECT_EQ(cards[1], "N:next\n");
+  EXPECT_EQ(decodeAll(crlf(lines)), (V{first, "N:next\n", "rc 0"}));
 }
 
 // ---- Encoder -----------------------------------------------------------------------
 
-TEST_F(Vcard, EncodeFrame) {
-  EXPECT_EQ(encode(), "BEGIN:VCARD\r\nVERSION:2.1\r\nEND:VCARD\r\n");
-  EXPECT_EQ(rc_, 0);
+TEST_F(Vcard, EncodeVersionAndLuid) {
   EXPECT_EQ(encode(nullptr, 0x300), "BEGIN:VCARD\r\nVERSION:3.0\r\nEND:VCARD\r\n");
   put(0, "N", {"a"});
   put(1, "XD", {"9"});
+  // A luid argument is written behind VERSION and stands for every XD field.
   EXPECT_EQ(body("7"), "X-IRMC-LUID:7\r\nN:a;;;;\r\n");
   EXPECT_EQ(body(""), "N:a;;;;\r\nX-IRMC-LUID:9\r\n");
 }
 
+// What the round trip can't show: separators keep component positions,
+// one-letter kinds ignore the rest of the type, a missing or unknown
+// letter writes no word, and text is escaped.
 TEST_F(Vcard, EncodeRows) {
-  struct Case {
+  const struct {
     const char *type;
     std::vector<const char *> vals;
     int32_t flags;
-    const char *line;
-  } cases[] = {
-      {"N", {"", "b"}, 0, "N:;b;;;"},
-      {"NZZ", {"a"}, 0, "N:a;;;;"},  // single-character rows ignore the rest
-      {"G", {"a", "", "c"}, 0, "ORG:a;;c"},
-      {"K", {"k"}, 0, "NICKNAME:k"},
-      {"B", {"1"}, 0, "BDAY:1"},
-      {"I", {"t"}, 0, "TITLE:t"},
-      {"M", {"1;2\\"}, 0, "NOTE:1\\;2\\\\"},
-      {"THC", {"1"}, 0, "TEL;HOME;CELL:1"},
-      {"TPV", {"1"}, 0, "TEL;VOICE:1"},
-      {"TPV", {"1"}, 1, "TEL;VOICE;PREF:1"},
-      {"TWE", {"1"}, 0, "TEL;WORK;VIDEO:1"},
-      {"TPF", {}, 0, "TEL;FAX:"},
-      {"T", {"1"}, 0, "TEL:1"},
-      {"TXH", {"1"}, 0, "X-MS-TEL;COMPM:1"},
-      {"TXT", {"1"}, 1, "X-MS-TEL;NET;PREF:1"},
-      {"TXQ", {"1"}, 0, "X-MS-TEL:1"},
-      {"EC", {"a"}, 0, "EMAIL;CELL:a"},
-      {"EP", {"a"}, 0, "EMAIL:a"},
-      {"UW", {"u"}, 0, "URL;WORK:u"},
-      {"AH", {}, 0, "ADR;HOME:;;;;;;"},
-      {"OF", {"f"}, 0, "FN:f"},
-      {"OR", {"r"}, 0, "ROLE:r"},
-      {"OI", {"i"}, 0, "UID:i"},
-      {"OV", {"v"}, 0, "REV:v"},
-      {"OK", {"k"}, 0, "KEY:k"},
-      {"OZ", {"z"}, 0, "TIMEZONE:z"},
-      {"DG", {"g"}, 0, "X-GTALK:g"},
-      {"DN", {"n"}, 0, "X-NETMEETING:n"},
-      {"XGV", {"g"}, 0, "X-GRPV:g"},
-      {"XGI", {"2"}, 0, "X-GRPI:2"},
-      {"XY", {"y"}, 0, "X-MS-N-YOMI:y;;;;"},
-      {"XAN", {"n"}, 0, "X-ACC-NAME:n"},
-      {"XAT", {"t"}, 0, "X-ACC-TYPE:t"},
-      {"XS", {"1"}, 0, "X-STAR:1"},
-  };
-  for (const Case &c : cases) {
-    PbItem_clearx(&item_);
-    put(0, c.type, c.vals, c.flags);
-    EXPECT_EQ(body(), std::string(c.line) + "\r\n") << c.type;
-  }
+  } rows[] = {{"N", {"", "b"}, 0},  {"NZZ", {"a"}, 0}, {"G", {"a", "", "c"}, 0},
+              {"M", {"1;2\\"}, 0}, {"TPV", {"1"}, 1}, {"TPF", {}, 0},
+              {"T", {"1"}, 0},      {"TXQ", {"1"}, 0}, {"TXT", {"1"}, 1},
+              {"EP", {"a"}, 0},     {"AH", {}, 0},     {"XY", {"y"}, 0}};
+  for (int32_t i = 0; i < 12; ++i) put(i, rows[i].type, rows[i].vals, rows[i].flags);
+  EXPECT_EQ(body(), crlf({"N:;b;;;", "N:a;;;;", "ORG:a;;c", "NOTE:1\\;2\\\\", "TEL;VOICE;PREF:1",
+                          "TEL;FAX:", "TEL:1", "X-MS-TEL:1", "X-MS-TEL;NET;PREF:1", "EMAIL:a",
+                          "ADR;HOME:;;;;;;", "X-MS-N-YOMI:y;;;;"}));
 }
 
 TEST_F(Vcard, EncodeSkipsAndStreamValues) {
-  put(0, "OA", {"agent"});
-  put(1, "OQ", {"x"});
-  put(2, "DZ", {"x"});
-  put(3, "XQ", {"x"});
-  put(4, "P");  // a photo without content
+  // The agent, unknown O, D and X kinds, and a photo without content.
+  int32_t slot = 0;
+  for (const char *t : {"OA", "OQ", "DZ", "XQ", "P"}) put(slot++, t, {"x"});
   PbField_clear(put(5, "M", {"cleared"}));
-  PbSval_setx(&put(6, "P")->sval, reinterpret_cast<const KvoWchar *>(u"http://u"), -1,
-              VPI_LOC_URL, "X");
-  PbSval_setx(&put(7, "OL")->sval, reinterpret_cast<const KvoWchar *>(u"c;1"), -1, VPI_LOC_CID,
-              nullptr);
+  PbSval_setx(&put(6, "P")->sval, wide(u"http://u"), -1, VPI_LOC_URL, "X");
+  PbSval_setx(&put(7, "OL")->sval, wide(u"c;1"), -1, VPI_LOC_CID, nullptr);
   EXPECT_EQ(body(), "PHOTO;VALUE=URL;TYPE=X:http://u\r\nLOGO;VALUE=CONTENT-ID:c\\;1\r\n");
   EXPECT_EQ(rc_, 0);
   // A caller's format never breaks the line: it ends before a separator.
-  PbSval_setx(&PbItem_at(&item_, 6)->sval, reinterpret_cast<const KvoWchar *>(u"u"), -1,
-              VPI_LOC_URL, "A:B");
+  PbSval_setx(&PbItem_at(&item_, 6)->sval, wide(u"u"), -1, VPI_LOC_URL, "A:B");
   EXPECT_EQ(body().substr(0, 30), "PHOTO;VALUE=URL;TYPE=A:u\r\nLOGO");
   // A file that can't be read is the card's result; END is still written.
-  PbSval_setx(&put(8, "S")->sval, reinterpret_cast<const KvoWchar *>(u"/no/such/file"), -1,
-              VPI_LOC_FILE, nullptr);
+  PbSval_setx(&put(8, "S")->sval, wide(u"/no/such/file"), -1, VPI_LOC_FILE, nullptr);
   put(9, "N", {"after"});
   const std::string text = encode();
   EXPECT_EQ(rc_, OSTREL_NO_FILE);
@@ -396,9 +307,7 @@ TEST_F(Vcard, EncodeWholeCard) {
   tarnex::ScratchMemStrm out(0);
   PbItem_dump(&item_, out, 0);
   PbItem_dump(&item_, out, 1);
-  const std::string two(reinterpret_cast<const char *>(MemStrm_data(out)),
-                        static_cast<size_t>(IStrm_size(out)));
-  EXPECT_EQ(two, encode() + encode());
+  EXPECT_EQ(memText(out), encode() + encode());
 }
 
 // ---- Round trips --------------------------------------------------------------------
@@ -422,15 +331,14 @@ TEST_F(Vcard, RoundTripEveryFieldType) {
   for (int i = 0; i < 3000; ++i) IStrm_putc(bytes, i * 7);
   IStrm_rewind(bytes);
   PbSval_fillx(&photo->sval, bytes, VPI_LOC_INLINE, "JPEG");
-  PbSval_setx(&put(slot++, "S")->sval, reinterpret_cast<const KvoWchar *>(u"http://s"), -1,
-              VPI_LOC_URL, "WAVE");
-  PbSval_setx(&put(slot++, "OL")->sval, reinterpret_cast<const KvoWchar *>(u"cid9"), -1,
-              VPI_LOC_CID, "GIF");
+  PbSval_setx(&put(slot++, "S")->sval, wide(u"http://s"), -1, VPI_LOC_URL, "WAVE");
+  PbSval_setx(&put(slot++, "OL")->sval, wide(u"cid9"), -1, VPI_LOC_CID, "GIF");
 
   // What comes back: desc and the agent dropped, components that the row
   // does not hold dropped, the rest in the same order.
-  PbItem want;
+  PbItem want, back;
   PbItem_new(&want);
+  PbItem_new(&back);
   int32_t w = 0;
   for (int32_t i = 0; i < slot; ++i) {
     PbField *f = PbItem_at(&item_, i);
@@ -443,50 +351,15 @@ TEST_F(Vcard, RoundTripEveryFieldType) {
   }
   const std::string text = encode();
   tarnex::ScratchStrStrm in(text);
-  PbItem back;
-  PbItem_new(&back);
-  ASSERT_EQ(Vcard_dec(in, &back, nullptr), 1) << text;
+  EXPECT_EQ(Vcard_dec(in, &back, nullptr), 1) << text;
   EXPECT_EQ(PbItem_cmp(&want, &back), 1) << render(&want) << "----\n" << render(&back);
   EXPECT_EQ(svalText(PbItem_photo(&back)->sval), svalText(photo->sval));
+  // Text, record, text: the text written once is the form that stays.
+  tarnex::ScratchMemStrm again(0);
+  EXPECT_EQ(Vcard_enc(again, &back, 0), 0);
+  EXPECT_EQ(memText(again), text);
   PbItem_delete(&back);
   PbItem_delete(&want);
-}
-
-std::filesystem::path findSamples() {
-  for (auto dir = std::filesystem::current_path(); !dir.empty(); dir = dir.parent_path()) {
-    if (std::filesystem::exists(dir / "samples" / "contacts.vcf"))
-      return dir / "samples" / "contacts.vcf";
-    if (dir == dir.parent_path()) break;
-  }
-  return {};
-}
-
-// Text, record, text: the first pass settles the form, the second keeps it.
-TEST_F(Vcard, RoundTripSampleTextIsStable) {
-  const auto path = findSamples();
-  if (path.empty()) GTEST_SKIP() << "samples/contacts.vcf not found above the build folder";
-  std::ifstream file(path, std::ios::binary);
-  const std::string text((std::istreambuf_iterator<char>(file)), {});
-  auto pass = [&](const std::string &in, int *cards) {
-    tarnex::ScratchStrStrm src(in);
-    tarnex::ScratchMemStrm out(0);
-    uint32_t ver = 0;
-    *cards = 0;
-    while (Vcard_dec(src, &item_, &ver) == 1) {
-      ++*cards;
-      EXPECT_EQ(Vcard_enc(out, &item_, ver), 0);
-    }
-    return std::string(reinterpret_cast<const char *>(MemStrm_data(out)),
-                       static_cast<size_t>(IStrm_size(out)));
-  };
-  int n1 = 0, n2 = 0, n3 = 0;
-  const std::string once = pass(text, &n1), twice = pass(once, &n2), thrice = pass(twice, &n3);
-  EXPECT_EQ(n1, 4);
-  EXPECT_EQ(n2, n1);
-  EXPECT_EQ(n3, n1);
-  EXPECT_EQ(twice, once);
-  EXPECT_EQ(thrice, twice);
-  EXPECT_NE(once.find("VERSION:3.0"), std::string::npos);
 }
 
 }  // namespace
