@@ -4,10 +4,12 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "tarnex/scratch.hpp"
 #include "tarnex/strm.h"
@@ -19,8 +21,7 @@ constexpr int64_t kGiB = int64_t{1} << 30;
 
 std::string tempPath() {
   static int serial = 0;
-  return ::testing::TempDir() + "strm_" + std::to_string(getpid()) + "_" +
-         std::to_string(serial++);
+  return ::testing::TempDir() + "strm_" + std::to_string(getpid()) + "_" + std::to_string(serial++);
 }
 
 void writeFile(const std::string &path, const std::string &bytes) {
@@ -30,13 +31,8 @@ void writeFile(const std::string &path, const std::string &bytes) {
   fclose(fp);
 }
 
-std::string readFile(const std::string &path) {
-  std::string out;
-  if (FILE *fp = fopen(path.c_str(), "rb")) {
-    for (int c; (c = fgetc(fp)) != EOF;) out += static_cast<char>(c);
-    fclose(fp);
-  }
-  return out;
+IStrm *openFile(const std::string &path, const char *mode, FileStrm *storage = nullptr) {
+  return FileStrm_xcreatex__(storage, path.c_str(), mode, 0, __FILE__, __LINE__);
 }
 
 // Everything from the start; leaves the position at the end.
@@ -52,11 +48,49 @@ int32_t put(IStrm *s, const std::string &text) {
   return IStrm_write(s, text.data(), static_cast<int32_t>(text.size()));
 }
 
+// One call per step and the result it must give. Ops: g getc, u ungetc(arg),
+// p putc(arg), r read arg bytes (text: the bytes wanted; none: into null),
+// w write(text, arg), s/c/e seek(arg) from start/position/end, q seek(0) with
+// whence arg, t tell, z size, x clear, a appd(s, s), k copy(s, s).
+constexpr int64_t kNeg = INT64_MIN;  // any negative code
+struct Step { char op; int64_t arg, want; const char *text = nullptr; };
+
+void run(IStrm *s, const std::vector<Step> &steps) {
+  for (size_t i = 0; i < steps.size(); ++i) {
+    const Step &st = steps[i];
+    const auto a = static_cast<int32_t>(st.arg);
+    char buf[64] = {};
+    int64_t got = 0;
+    switch (st.op) {
+      case 'g': got = IStrm_getc(s); break;
+      case 'u': got = IStrm_ungetc(s, a); break;
+      case 'p': got = IStrm_putc(s, a); break;
+      case 'r': got = IStrm_read(s, st.text ? buf : nullptr, std::min(a, 64)); break;
+      case 'w': got = IStrm_write(s, st.text, a); break;
+      case 's': got = IStrm_seek(s, st.arg, KVO_SEEK_SET); break;
+      case 'c': got = IStrm_seek(s, st.arg, KVO_SEEK_CUR); break;
+      case 'e': got = IStrm_seek(s, st.arg, KVO_SEEK_END); break;
+      case 'q': got = IStrm_seek(s, 0, a); break;
+      case 't': got = IStrm_tell(s); break;
+      case 'z': got = IStrm_size(s); break;
+      case 'x': got = IStrm_clear(s); break;
+      case 'a': got = IStrm_appd(s, s); break;
+      case 'k': got = IStrm_copy(s, s); break;
+      default: FAIL() << "unknown op " << st.op;
+    }
+    SCOPED_TRACE(testing::Message() << "step " << i << " '" << st.op << "' " << st.arg);
+    EXPECT_TRUE(st.want == kNeg ? got < 0 : got == st.want) << "gave " << got;
+    if (st.op == 'r' && st.text) {
+      EXPECT_EQ(std::string(buf, std::max<int64_t>(got, 0)), st.text);
+    }
+  }
+}
+
 // ---- the kinds ------------------------------------------------------------
 
 struct MemKind {
-  static constexpr bool kPeek = true;
   using Storage = MemStrm;
+  static constexpr bool kPeek = true;
   IStrm *open(const std::string &content, Storage *storage = nullptr) {
     IStrm *s = MemStrm_xcreatex__(storage, 0, __FILE__, __LINE__);
     put(s, content);
@@ -71,8 +105,8 @@ struct StrKind {
   std::string text;
   IStrm *open(const std::string &content, Storage *storage = nullptr) {
     text = content;
-    return StrStrm_xcreate__(storage, text.data(), static_cast<int32_t>(text.size()),
-                             __FILE__, __LINE__);
+    return StrStrm_xcreate__(storage, text.data(), static_cast<int32_t>(text.size()), __FILE__,
+                             __LINE__);
   }
 };
 
@@ -84,8 +118,7 @@ struct FileKind {
   ~FileKind() { unlink(path.c_str()); }
   IStrm *open(const std::string &content, Storage *storage = nullptr) {
     writeFile(path, content);
-    return FileStrm_xcreatex__(storage, path.c_str(), Writable ? "r+b" : "rb", 0, __FILE__,
-                               __LINE__);
+    return openFile(path, Writable ? "r+b" : "rb", storage);
   }
 };
 
@@ -97,6 +130,14 @@ class StrmKinds : public ::testing::Test {
     EXPECT_TRUE(*strm_);
     return strm_->get();
   }
+  // Runs the steps on a stream holding `content`; `after` is what it holds then.
+  void script(const char *name, const char *content, const std::vector<Step> &steps,
+              const std::string &after) {
+    SCOPED_TRACE(name);
+    IStrm *s = open(content);
+    run(s, steps);
+    EXPECT_EQ(contents(s), after);
+  }
   Kind kind_;
   std::optional<OwnedStrm> strm_;  // after kind_: a file is closed before it is removed
 };
@@ -104,7 +145,6 @@ class StrmKinds : public ::testing::Test {
 template <class Kind> class StrmRead : public StrmKinds<Kind> {};
 template <class Kind> class StrmWrite : public StrmKinds<Kind> {};
 template <class Kind> class StrmReadOnly : public StrmKinds<Kind> {};
-
 using AllKinds = ::testing::Types<MemKind, StrKind, FileKind<true>, FileKind<false>>;
 using WritableKinds = ::testing::Types<MemKind, FileKind<true>>;
 using ReadOnlyKinds = ::testing::Types<StrKind, FileKind<false>>;
@@ -114,178 +154,106 @@ TYPED_TEST_SUITE(StrmReadOnly, ReadOnlyKinds);
 
 // ---- reading: every kind ---------------------------------------------------
 
-TYPED_TEST(StrmRead, GetcGivesEveryByteValueThenEnd) {
+TYPED_TEST(StrmRead, Scripts) {
   std::string all;
   for (int i = 0; i < 256; ++i) all += static_cast<char>(i);
   IStrm *s = this->open(all);
   for (int i = 0; i < 256; ++i) ASSERT_EQ(IStrm_getc(s), i);
-  EXPECT_EQ(IStrm_getc(s), -1);
-  EXPECT_EQ(IStrm_getc(s), -1);
-  EXPECT_EQ(IStrm_tell(s), 256);
-}
-
-TYPED_TEST(StrmRead, UngetcStepsBackOverEachByte) {
-  IStrm *s = this->open("abcdef");
-  EXPECT_EQ(IStrm_ungetc(s, 'x'), -1);
-  EXPECT_EQ(IStrm_tell(s), 0);
-  for (int i = 0; i < 3; ++i) IStrm_getc(s);
-  EXPECT_EQ(IStrm_ungetc(s, 0), 'c');
-  EXPECT_EQ(IStrm_ungetc(s, 0), 'b');  // twice in a row: more than one pushback
-  EXPECT_EQ(IStrm_tell(s), 1);
-  EXPECT_EQ(IStrm_getc(s), 'b');
-  char rest[8];
-  EXPECT_EQ(IStrm_read(s, rest, 8), 4);
-  EXPECT_EQ(IStrm_getc(s), -1);
-  EXPECT_EQ(IStrm_ungetc(s, -1), 'f');
-  EXPECT_EQ(IStrm_tell(s), 5);
-}
-
-TYPED_TEST(StrmRead, ReadCountsAndRefusesBadArguments) {
-  IStrm *s = this->open("0123456789");
-  char buf[32] = {};
-  EXPECT_EQ(IStrm_read(s, buf, 4), 4);
-  EXPECT_EQ(std::string(buf, 4), "0123");
-  EXPECT_EQ(IStrm_read(s, buf, -1), -1);
-  EXPECT_EQ(IStrm_read(s, nullptr, 3), -1);
-  EXPECT_EQ(IStrm_read(s, nullptr, 0), 0);
-  EXPECT_EQ(IStrm_tell(s), 4);
-  EXPECT_EQ(IStrm_read(s, buf, 32), 6);
-  EXPECT_EQ(std::string(buf, 6), "456789");
-  EXPECT_EQ(IStrm_read(s, buf, 32), 0);
-  EXPECT_EQ(IStrm_size(s), 10);
-}
-
-TYPED_TEST(StrmRead, SeekFollowsWhenceAndRefusesBadTargets) {
-  struct Row {
-    int64_t off;
-    int32_t whence, result;
-    int64_t pos;
-  };
-  constexpr Row kRows[] = {
-      {3, KVO_SEEK_SET, 0, 3},
-      {2, KVO_SEEK_CUR, 0, 6},
-      {-4, KVO_SEEK_CUR, 0, 0},
-      {-1, KVO_SEEK_END, 0, 9},
-      {0, KVO_SEEK_END, 0, 10},
-      {-1, KVO_SEEK_SET, -1, 4},
-      {-5, KVO_SEEK_CUR, -1, 4},
-      {-11, KVO_SEEK_END, -1, 4},
-      {0, 3, -1, 4},
-      {INT64_MAX, KVO_SEEK_CUR, -1, 4},
-      {INT64_MIN, KVO_SEEK_CUR, -1, 4},
-      // Dropping the high word would turn this into +2.
-      {-(int64_t{1} << 32) + 2, KVO_SEEK_CUR, -1, 4},
-  };
-  IStrm *s = this->open("0123456789");
-  for (const Row &row : kRows) {
-    SCOPED_TRACE(testing::Message() << "offset " << row.off << " whence " << row.whence);
-    ASSERT_EQ(IStrm_seek(s, 4, KVO_SEEK_SET), 0);
-    EXPECT_EQ(IStrm_seek(s, row.off, row.whence), row.result);
-    EXPECT_EQ(IStrm_tell(s), row.pos);
-    EXPECT_EQ(IStrm_getc(s), row.pos < 10 ? '0' + row.pos : -1);
-  }
+  run(s, {{'g', 0, -1}, {'g', 0, -1}, {'t', 0, 256}});
+  this->script("ungetc steps back over each byte, twice in a row too", "abcdef",
+               {{'u', 'x', -1}, {'t', 0, 0}, {'g', 0, 'a'}, {'g', 0, 'b'}, {'g', 0, 'c'},
+                {'u', 0, 'c'}, {'u', 0, 'b'}, {'t', 0, 1}, {'g', 0, 'b'}, {'r', 8, 4, "cdef"},
+                {'g', 0, -1}, {'u', -1, 'f'}, {'t', 0, 5}},
+               "abcdef");
+  this->script("read counts and refuses bad arguments", "0123456789",
+               {{'r', 4, 4, "0123"}, {'r', -1, -1, ""}, {'r', 3, -1}, {'r', 0, 0}, {'t', 0, 4},
+                {'r', 32, 6, "456789"}, {'r', 32, 0, ""}, {'z', 0, 10}},
+               "0123456789");
+  this->script("seek follows whence", "0123456789",
+               {{'s', 3, 0}, {'g', 0, '3'}, {'c', 2, 0}, {'g', 0, '6'}, {'c', -4, 0}, {'t', 0, 3},
+                {'e', -1, 0}, {'g', 0, '9'}, {'e', 0, 0}, {'t', 0, 10}, {'g', 0, -1}},
+               "0123456789");
+  // A refused seek leaves the position where it was.
+  this->script("seek refuses bad targets", "0123456789",
+               {{'s', 4, 0}, {'s', -1, -1}, {'c', -5, -1}, {'e', -11, -1}, {'q', 3, -1},
+                {'c', INT64_MAX, -1}, {'c', INT64_MIN, -1},
+                {'c', -(int64_t{1} << 32) + 2, -1},  // dropping the high word gives +2
+                {'t', 0, 4}, {'g', 0, '4'}},
+               "0123456789");
 }
 
 TYPED_TEST(StrmRead, PeekShowsTheRestWithoutMoving) {
   IStrm *s = this->open("0123456789");
   IStrm_seek(s, 3, KVO_SEEK_SET);
   const uint8_t *p = nullptr;
-  const int64_t run = IStrm_peek(s, &p);
-  if (!TypeParam::kPeek) {
-    EXPECT_EQ(run, 0);
+  const int64_t n = IStrm_peek(s, &p);
+  ASSERT_EQ(n, TypeParam::kPeek ? 7 : 0);
+  if (n == 0) {
     EXPECT_EQ(p, nullptr);
     return;
   }
-  ASSERT_EQ(run, 7);
   EXPECT_EQ(std::string(reinterpret_cast<const char *>(p), 7), "3456789");
   EXPECT_EQ(IStrm_tell(s), 3);
-  IStrm_seek(s, run, KVO_SEEK_CUR);
+  IStrm_seek(s, n, KVO_SEEK_CUR);
   EXPECT_EQ(IStrm_peek(s, &p), 0);
   EXPECT_EQ(IStrm_getc(s), -1);
 }
 
-TYPED_TEST(StrmRead, CallerStorageIsNeverFreedHeapObjectAlways) {
+TYPED_TEST(StrmRead, AppdAndCopyFromCallerStorage) {
+  std::string src;
+  for (int i = 0; i < 10000; ++i) src += static_cast<char>('a' + i % 26);
   // AddressSanitizer reports a free of the local, LeakSanitizer a heap
   // object that delete forgot.
   typename TypeParam::Storage local;
-  IStrm *s = this->kind_.open(std::string(5000, 'k'), &local);
+  IStrm *s = this->kind_.open(src, &local);
   ASSERT_EQ(s, &local.base);
-  EXPECT_EQ(contents(s), std::string(5000, 'k'));
+  IStrm_seek(s, 4, KVO_SEEK_SET);
+  tarnex::ScratchMemStrm dst(0);
+  run(dst, {{'w', 4, 4, "XYZW"}, {'s', 2, 0}});
+  EXPECT_EQ(IStrm_appd(dst, s), 10000);  // all of it, at dst's position
+  EXPECT_EQ(IStrm_tell(dst), 10002);
+  EXPECT_EQ(IStrm_tell(s), 4);
+  EXPECT_EQ(contents(dst), "XY" + src);
+  put(dst, std::string(30, 'z'));
+  EXPECT_EQ(IStrm_copy(dst, s), 10000);  // replaces dst and rewinds both
+  EXPECT_EQ(IStrm_tell(dst), 0);
+  EXPECT_EQ(IStrm_tell(s), 0);
+  EXPECT_EQ(contents(dst), src);
+  tarnex::ScratchStrStrm ro("ro", 2);
+  EXPECT_LT(IStrm_copy(ro, s), 0);
   IStrm_delete(s);
   IStrm *heap = this->open("on the heap");
   EXPECT_NE(heap, &local.base);
   EXPECT_EQ(contents(heap), "on the heap");
 }
 
-// ---- writing: memory and file ------------------------------------------------
+// ---- writing: memory and file; read-only: string and read-mode file -----------
 
-TYPED_TEST(StrmWrite, WriteOverwritesThenExtends) {
-  IStrm *s = this->open("hello");
-  IStrm_seek(s, 3, KVO_SEEK_SET);
-  EXPECT_EQ(put(s, "LOWORLD"), 7);
-  EXPECT_EQ(IStrm_tell(s), 10);
-  EXPECT_EQ(IStrm_size(s), 10);  // a file counts the bytes stdio still buffers
-  EXPECT_EQ(IStrm_putc(s, 0x121), 0x21);
-  IStrm_seek(s, 0, KVO_SEEK_SET);
-  EXPECT_EQ(IStrm_putc(s, 0x1E9), 0xE9);
-  EXPECT_EQ(contents(s), "\xE9" "elLOWORLD!");
-}
-
-TYPED_TEST(StrmWrite, ReadsAndWritesInterleaveWithoutSeeks) {
-  IStrm *s = this->open("0123456789");
-  EXPECT_EQ(IStrm_getc(s), '0');
-  EXPECT_EQ(put(s, "ab"), 2);
-  EXPECT_EQ(IStrm_getc(s), '3');
-  EXPECT_EQ(IStrm_putc(s, 'X'), 'X');
-  char rest[8];
-  EXPECT_EQ(IStrm_read(s, rest, 8), 5);
-  EXPECT_EQ(IStrm_ungetc(s, 0), '9');
-  EXPECT_EQ(IStrm_putc(s, 'Z'), 'Z');
-  EXPECT_EQ(contents(s), "0ab3X5678Z");
-}
-
-TYPED_TEST(StrmWrite, SeekBehindEndLeavesAGapOfZeros) {
-  IStrm *s = this->open("abc");
-  EXPECT_EQ(IStrm_seek(s, 10, KVO_SEEK_SET), 0);
-  EXPECT_EQ(IStrm_tell(s), 10);
-  EXPECT_EQ(IStrm_size(s), 3);
-  EXPECT_EQ(IStrm_getc(s), -1);
-  EXPECT_EQ(IStrm_ungetc(s, 0), 0);
-  EXPECT_EQ(IStrm_tell(s), 9);
-  EXPECT_EQ(put(s, "YZ"), 2);
-  EXPECT_EQ(contents(s), std::string("abc") + std::string(6, '\0') + "YZ");
-}
-
-TYPED_TEST(StrmWrite, OffsetsBeyondFourGiBUseBothWords) {
-  IStrm *s = this->open("0123456789");
-  EXPECT_EQ(IStrm_seek(s, 5 * kGiB + 7, KVO_SEEK_SET), 0);
-  EXPECT_EQ(IStrm_tell(s), 5 * kGiB + 7);
-  EXPECT_EQ(IStrm_getc(s), -1);
-  EXPECT_EQ(IStrm_size(s), 10);
-  EXPECT_EQ(IStrm_seek(s, -5 * kGiB, KVO_SEEK_CUR), 0);
-  EXPECT_EQ(IStrm_getc(s), '7');
-  EXPECT_EQ(IStrm_seek(s, 4 * kGiB, KVO_SEEK_END), 0);
-  EXPECT_EQ(IStrm_tell(s), 4 * kGiB + 10);
-}
-
-TYPED_TEST(StrmWrite, ClearEmptiesAndStaysUsable) {
-  IStrm *s = this->open("abcdef");
-  IStrm_getc(s);
-  EXPECT_EQ(IStrm_clear(s), 0);
-  EXPECT_EQ(IStrm_size(s), 0);
-  EXPECT_EQ(IStrm_tell(s), 0);
-  EXPECT_EQ(IStrm_getc(s), -1);
-  EXPECT_EQ(put(s, "xy"), 2);
-  EXPECT_EQ(contents(s), "xy");
-}
-
-TYPED_TEST(StrmWrite, BadLengthsChangeNothing) {
-  IStrm *s = this->open("abc");
-  EXPECT_EQ(IStrm_write(s, "zz", -1), -1);
-  EXPECT_EQ(IStrm_write(s, nullptr, 2), -1);
-  EXPECT_EQ(IStrm_write(s, nullptr, 0), 0);
-  EXPECT_EQ(IStrm_tell(s), 0);
-  EXPECT_EQ(contents(s), "abc");
+TYPED_TEST(StrmWrite, Scripts) {
+  this->script("bad lengths change nothing; writes overwrite, then extend", "hello",
+               {{'w', -1, -1, "zz"}, {'w', 2, -1}, {'w', 0, 0}, {'t', 0, 0}, {'s', 3, 0},
+                {'w', 7, 7, "LOWORLD"}, {'t', 0, 10},
+                {'z', 0, 10},  // a file counts the bytes stdio still buffers
+                {'p', 0x121, 0x21}, {'s', 0, 0}, {'p', 0x1E9, 0xE9}},
+               "\xE9" "elLOWORLD!");
+  this->script("clear empties and stays usable", "abcdef",
+               {{'g', 0, 'a'}, {'x', 0, 0}, {'z', 0, 0}, {'t', 0, 0}, {'g', 0, -1},
+                {'w', 2, 2, "xy"}},
+               "xy");
+  this->script("reads and writes interleave without seeks", "0123456789",
+               {{'g', 0, '0'}, {'w', 2, 2, "ab"}, {'g', 0, '3'}, {'p', 'X', 'X'},
+                {'r', 8, 5, "56789"}, {'u', 0, '9'}, {'p', 'Z', 'Z'}},
+               "0ab3X5678Z");
+  this->script("seek behind the end leaves a gap of zeros", "abc",
+               {{'s', 10, 0}, {'t', 0, 10}, {'z', 0, 3}, {'g', 0, -1}, {'u', 0, 0},
+                {'t', 0, 9}, {'w', 2, 2, "YZ"}},
+               std::string("abc") + std::string(6, '\0') + "YZ");
+  this->script("offsets beyond 4 GiB use both words", "0123456789",
+               {{'s', 5 * kGiB + 7, 0}, {'t', 0, 5 * kGiB + 7}, {'g', 0, -1}, {'z', 0, 10},
+                {'c', -5 * kGiB, 0}, {'g', 0, '7'}, {'e', 4 * kGiB, 0}, {'t', 0, 4 * kGiB + 10}},
+               "0123456789");
+  this->script("appd and copy of a stream to itself", "abc",
+               {{'s', 1, 0}, {'a', 0, 3}, {'t', 0, 4}, {'k', 0, 4}, {'t', 0, 0}}, "aabc");
 }
 
 TYPED_TEST(StrmWrite, ManySingleBytesComeBackInOrder) {
@@ -299,50 +267,25 @@ TYPED_TEST(StrmWrite, ManySingleBytesComeBackInOrder) {
   EXPECT_EQ(contents(s), want);
 }
 
-TYPED_TEST(StrmWrite, AppdToItselfWritesOneCopy) {
-  IStrm *s = this->open("abc");
-  IStrm_seek(s, 1, KVO_SEEK_SET);
-  EXPECT_EQ(IStrm_appd(s, s), 3);
-  EXPECT_EQ(IStrm_tell(s), 4);
-  EXPECT_EQ(contents(s), "aabc");
-  EXPECT_EQ(IStrm_copy(s, s), 4);
-  EXPECT_EQ(IStrm_tell(s), 0);
-}
-
-// ---- read-only: string and read-mode file -------------------------------------
-
-TYPED_TEST(StrmReadOnly, ChangesAreRefused) {
-  IStrm *s = this->open("fixed");
-  IStrm_getc(s);
-  EXPECT_LT(IStrm_putc(s, 'x'), 0);
-  EXPECT_LT(put(s, "xyz"), 0);
-  EXPECT_LT(IStrm_clear(s), 0);
-  EXPECT_EQ(IStrm_tell(s), 1);
-  EXPECT_EQ(IStrm_getc(s), 'i');
-  EXPECT_EQ(contents(s), "fixed");
-}
-
-TYPED_TEST(StrmReadOnly, SeekBehindEndStopsAtTheEnd) {
-  IStrm *s = this->open("fixed");
-  EXPECT_EQ(IStrm_seek(s, 100, KVO_SEEK_SET), 0);
-  EXPECT_EQ(IStrm_tell(s), 5);
-  EXPECT_EQ(IStrm_seek(s, 5 * kGiB, KVO_SEEK_CUR), 0);
-  EXPECT_EQ(IStrm_tell(s), 5);
-  EXPECT_EQ(IStrm_ungetc(s, 0), 'd');
+TYPED_TEST(StrmReadOnly, ChangesAreRefusedAndSeeksStopAtTheEnd) {
+  this->script("read-only", "fixed",
+               {{'g', 0, 'f'}, {'p', 'x', kNeg}, {'w', 3, kNeg, "xyz"}, {'x', 0, -1},
+                {'t', 0, 1}, {'g', 0, 'i'}, {'s', 100, 0}, {'t', 0, 5}, {'c', 5 * kGiB, 0},
+                {'t', 0, 5}, {'u', 0, 'd'}},
+               "fixed");
 }
 
 // ---- one kind each ---------------------------------------------------------
 
 TEST(MemStrm, DataIsTerminatedAndOnlyForMemoryStreams) {
   OwnedStrm s(MemStrm_xcreatex__(nullptr, -5, __FILE__, __LINE__));
-  ASSERT_NE(MemStrm_data(s), nullptr);
-  EXPECT_STREQ(reinterpret_cast<char *>(MemStrm_data(s)), "");
-  put(s, "abcdef");
-  IStrm_seek(s, 1, KVO_SEEK_SET);
-  put(s, "XY");
-  EXPECT_STREQ(reinterpret_cast<char *>(MemStrm_data(s)), "aXYdef");
+  const auto data = [&] { return reinterpret_cast<const char *>(MemStrm_data(s)); };
+  ASSERT_NE(data(), nullptr);
+  EXPECT_STREQ(data(), "");
+  run(s, {{'w', 6, 6, "abcdef"}, {'s', 1, 0}, {'w', 2, 2, "XY"}});
+  EXPECT_STREQ(data(), "aXYdef");
   IStrm_clear(s);
-  EXPECT_STREQ(reinterpret_cast<char *>(MemStrm_data(s)), "");
+  EXPECT_STREQ(data(), "");
   tarnex::ScratchStrStrm text("abc", 3);
   EXPECT_EQ(MemStrm_data(text), nullptr);
   EXPECT_EQ(MemStrm_data(nullptr), nullptr);
@@ -363,29 +306,19 @@ TEST(MemStrm, WritesItsOwnBytesBackWhileGrowing) {
 
 TEST(MemStrm, WritesPastTheCapAreRefusedWithoutAllocating) {
   tarnex::ScratchMemStrm s(0);
-  put(s, "abc");
-  ASSERT_EQ(IStrm_seek(s, MEMSTRM_MAX_SIZE - 1, KVO_SEEK_SET), 0);
-  EXPECT_EQ(put(s, "xy"), -1);
-  ASSERT_EQ(IStrm_seek(s, INT64_MAX, KVO_SEEK_SET), 0);
-  EXPECT_EQ(IStrm_putc(s, 'x'), -1);
-  EXPECT_EQ(IStrm_write(s, "x", INT32_MAX), -1);
-  EXPECT_EQ(IStrm_seek(s, 1, KVO_SEEK_CUR), -1);
-  EXPECT_EQ(IStrm_tell(s), INT64_MAX);
-  EXPECT_EQ(IStrm_size(s), 3);
+  run(s, {{'w', 3, 3, "abc"}, {'s', MEMSTRM_MAX_SIZE - 1, 0}, {'w', 2, -1, "xy"},
+          {'s', INT64_MAX, 0}, {'p', 'x', -1}, {'w', INT32_MAX, -1, "x"}, {'c', 1, -1},
+          {'t', 0, INT64_MAX}, {'z', 0, 3}});
 }
 
 TEST(StrStrm, ReadsTheCallersTextInPlace) {
   const char text[] = "a\0b c";
-  OwnedStrm whole(StrStrm_xcreate__(nullptr, text, 5, __FILE__, __LINE__));
+  tarnex::ScratchStrStrm whole(text, 5), upToNul(text, -1), none(nullptr, 4);
   const uint8_t *p = nullptr;
   EXPECT_EQ(IStrm_peek(whole, &p), 5);
   EXPECT_EQ(p, reinterpret_cast<const uint8_t *>(text));
-  EXPECT_EQ(contents(whole), std::string(text, 5));
-  tarnex::ScratchStrStrm upToNul(text, -1);
   EXPECT_EQ(IStrm_size(upToNul), 1);
-  tarnex::ScratchStrStrm none(nullptr, 4);
-  EXPECT_EQ(IStrm_size(none), 0);
-  EXPECT_EQ(IStrm_getc(none), -1);
+  run(none, {{'z', 0, 0}, {'g', 0, -1}});
   EXPECT_EQ(IStrm_peek(none, &p), 0);
 }
 
@@ -393,14 +326,11 @@ TEST(FileStrm, WhatCannotBeOpenedGivesNull) {
   const std::string dir = tempPath();
   ASSERT_EQ(mkdir(dir.c_str(), 0700), 0);
   for (const char *mode : {"rb", "r+b", "wb", "ab"}) {
-    SCOPED_TRACE(mode);
-    EXPECT_EQ(FileStrm_xcreatex__(nullptr, dir.c_str(), mode, 0, __FILE__, __LINE__), nullptr);
-    EXPECT_EQ(FileStrm_xcreatex__(nullptr, (dir + "/missing/x").c_str(), mode, 0, __FILE__,
-                                  __LINE__),
-              nullptr);
+    EXPECT_EQ(openFile(dir, mode), nullptr) << mode;
+    EXPECT_EQ(openFile(dir + "/missing/x", mode), nullptr) << mode;
   }
   EXPECT_EQ(FileStrm_xcreatex__(nullptr, nullptr, "rb", 0, __FILE__, __LINE__), nullptr);
-  EXPECT_EQ(FileStrm_xcreatex__(nullptr, dir.c_str(), nullptr, 0, __FILE__, __LINE__), nullptr);
+  EXPECT_EQ(openFile(dir, nullptr), nullptr);
   rmdir(dir.c_str());
 }
 
@@ -408,25 +338,17 @@ TEST(FileStrm, AppendWritesAtTheEndAndClearTruncates) {
   const std::string path = tempPath();
   writeFile(path, "abc");
   {
-    OwnedStrm s(FileStrm_xcreatex__(nullptr, path.c_str(), "a+b", 0, __FILE__, __LINE__));
+    OwnedStrm s(openFile(path, "a+b"));
     ASSERT_TRUE(s);
-    IStrm_rewind(s);
-    EXPECT_EQ(IStrm_getc(s), 'a');
-    EXPECT_EQ(put(s, "de"), 2);
-    EXPECT_EQ(IStrm_tell(s), 5);
-    EXPECT_EQ(IStrm_size(s), 5);
+    run(s, {{'s', 0, 0}, {'g', 0, 'a'}, {'w', 2, 2, "de"}, {'t', 0, 5}, {'z', 0, 5}});
   }
-  EXPECT_EQ(readFile(path), "abcde");
-  {
-    OwnedStrm s(FileStrm_xcreatex__(nullptr, path.c_str(), "r+b", 0, __FILE__, __LINE__));
-    EXPECT_EQ(IStrm_clear(s), 0);
-    put(s, "x");
-  }
-  EXPECT_EQ(readFile(path), "x");
+  OwnedStrm s(openFile(path, "r+b"));  // what reached the disk
+  EXPECT_EQ(contents(s), "abcde");
+  run(s, {{'x', 0, 0}, {'w', 1, 1, "x"}});
+  s = OwnedStrm(openFile(path, "rb"));
+  EXPECT_EQ(contents(s), "x");
   unlink(path.c_str());
 }
-
-// ---- utilities ---------------------------------------------------------------
 
 TEST(IStrmUtil, PrintfOfAnyLength) {
   tarnex::ScratchMemStrm s(0);
@@ -436,36 +358,6 @@ TEST(IStrmUtil, PrintfOfAnyLength) {
   EXPECT_EQ(contents(s), "42-ab;[" + lng + "]-5");
   tarnex::ScratchStrStrm ro("", 0);
   EXPECT_LT(IStrm_printf(ro, "%s", lng.c_str()), 0);
-}
-
-template <class Kind> class IStrmAppd : public StrmKinds<Kind> {};
-TYPED_TEST_SUITE(IStrmAppd, AllKinds);
-
-TYPED_TEST(IStrmAppd, AppdWritesAllAtDstPositionAndRestoresSrc) {
-  std::string src;
-  for (int i = 0; i < 10000; ++i) src += static_cast<char>('a' + i % 26);
-  IStrm *s = this->open(src);
-  IStrm_seek(s, 4, KVO_SEEK_SET);
-  tarnex::ScratchMemStrm dst(0);
-  put(dst, "XYZW");
-  IStrm_seek(dst, 2, KVO_SEEK_SET);
-  EXPECT_EQ(IStrm_appd(dst, s), 10000);
-  EXPECT_EQ(IStrm_tell(dst), 10002);
-  EXPECT_EQ(IStrm_tell(s), 4);
-  EXPECT_EQ(contents(dst), "XY" + src);
-}
-
-TYPED_TEST(IStrmAppd, CopyReplacesDstAndRewindsBoth) {
-  IStrm *s = this->open("0123456789");
-  IStrm_seek(s, 5, KVO_SEEK_SET);
-  tarnex::ScratchMemStrm dst(0);
-  put(dst, std::string(30, 'z'));
-  EXPECT_EQ(IStrm_copy(dst, s), 10);
-  EXPECT_EQ(IStrm_tell(dst), 0);
-  EXPECT_EQ(IStrm_tell(s), 0);
-  EXPECT_EQ(contents(dst), "0123456789");
-  tarnex::ScratchStrStrm ro("ro", 2);
-  EXPECT_LT(IStrm_copy(ro, s), 0);
 }
 
 }  // namespace
