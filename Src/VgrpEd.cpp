@@ -9,38 +9,40 @@
 
 namespace {
 
+using ostrel::detail::FrameProp;
+using ostrel::detail::FrameRow;
+
 struct Group {
   GrpItem *item;
   uint32_t *ver;
 };
 
-struct PropRow {
-  const char *name;
-  void (*handler)(Group &, IStrm *val);
-};
-
+// The value read whole and raw (no unescaping, no split on ";").
 void readRaw(IStrm *val, KvoStr *out) { VpiVal_getCstr(val, out, 0, nullptr); }
 
-constexpr PropRow kProps[] = {
+constexpr FrameRow<Group> kProps[] = {
     {"VERSION",
-     [](Group &g, IStrm *val) {
+     [](Group &g, const FrameProp &p) {
        if (g.ver == nullptr) return;
        tarnex::ScratchStr<32> text;
-       readRaw(val, text);
+       readRaw(p.val, text);
        *g.ver = ver_str_to_ver(text.c_str());
      }},
-    {"X-GRPV", [](Group &g, IStrm *val) { VpiVal_getCwcs(val, &g.item->name, 1, nullptr); }},
-    {"X-GRPI", [](Group &g, IStrm *val) { VpiVal_getCstr(val, &g.item->id, 1, nullptr); }},
+    {"X-GRPV",
+     [](Group &g, const FrameProp &p) { VpiVal_getCwcs(p.val, &g.item->name, 1, nullptr); }},
+    {"X-GRPI",
+     [](Group &g, const FrameProp &p) { VpiVal_getCstr(p.val, &g.item->id, 1, nullptr); }},
     // The same field: when both stand in a card, the later line wins.
-    {"X-IRMC-LUID", [](Group &g, IStrm *val) { VpiVal_getCstr(val, &g.item->id, 1, nullptr); }},
+    {"X-IRMC-LUID",
+     [](Group &g, const FrameProp &p) { VpiVal_getCstr(p.val, &g.item->id, 1, nullptr); }},
     {"X-ACC-NAME",
-     [](Group &g, IStrm *val) { VpiVal_getCstr(val, &g.item->accName, 1, nullptr); }},
+     [](Group &g, const FrameProp &p) { VpiVal_getCstr(p.val, &g.item->accName, 1, nullptr); }},
     {"X-ACC-TYPE",
-     [](Group &g, IStrm *val) { VpiVal_getCstr(val, &g.item->accType, 1, nullptr); }},
+     [](Group &g, const FrameProp &p) { VpiVal_getCstr(p.val, &g.item->accType, 1, nullptr); }},
     {"X-ATTRS",
-     [](Group &g, IStrm *val) {
+     [](Group &g, const FrameProp &p) {
        tarnex::ScratchStr<32> text;
-       readRaw(val, text);
+       readRaw(p.val, text);
        g.item->attr = static_cast<int32_t>(std::strtol(text.c_str(), nullptr, 10));
      }},
 };
@@ -55,13 +57,7 @@ OSTREL_API int32_t Vgrp_dec(IStrm *vcard, GrpItem *item, uint32_t *ver) {
   OSTREL_CHECK(item, GRP_ITEM_TAG);
   GrpItem_clear(item);
   Group group{item, ver};
-  const int32_t rc = ostrel::detail::readFrame(
-      vcard, "VCARD", [&](const KvoStr *name, const KvoStr *, IStrm *val) {
-        if (const PropRow *row = ostrel::detail::findRow(kProps, KvoStr_buf(name)))
-          row->handler(group, val);
-        else
-          ostrel::detail::traceUnhandled(KvoStr_buf(name), val, 3);
-      });
+  const int32_t rc = ostrel::detail::decodeFrame(vcard, "VCARD", kProps, group);
   if (rc < 1) GrpItem_clear(item);
   return rc;
 }

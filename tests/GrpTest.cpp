@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "detail/TextFrame.h"
 #include "ostrel/ostrel.h"
 #include "tarnex/scratch.hpp"
 
@@ -160,6 +161,129 @@ TEST(Vcard, ReadsAGroupCardAsGroupFields) {
   EXPECT_NE(PbItem_find(&item, "XGI", &slot), nullptr);
   EXPECT_EQ(slot, 1);
   PbItem_delete(&item);
+}
+
+TEST(Vgrp, VersionIsReportedOnlyWhenTheCardHasOne) {
+  Group g;
+  uint32_t ver = 7;
+  const std::string text =
+      "BEGIN:VCARD\r\nX-GRPV:a\r\nEND:VCARD\r\nBEGIN:VCARD\r\nversion:3.0\r\nEND:VCARD\r\n";
+  ScratchStrStrm in(text);  // the stream reads the caller's text in place
+  ASSERT_EQ(Vgrp_dec(in, g.get(), &ver), 1);
+  EXPECT_EQ(ver, 7u);
+  ASSERT_EQ(Vgrp_dec(in, g.get(), &ver), 1);
+  EXPECT_EQ(ver, 0x300u);
+  EXPECT_EQ(KvoWcs_len(&g.get()->name), 0);  // the second card starts from a cleared record
+}
+
+TEST(Vgrp, NullStreamOrRecordIsReportedNotFollowed) {
+  std::vector<std::string> seen;
+  void *oldCtx = nullptr;
+  KvoAssertHandler old = Tarnex_setAssertHandler(
+      [](void *ctx, const char *text, const char *, int32_t) {
+        static_cast<std::vector<std::string> *>(ctx)->push_back(text);
+      },
+      &seen, &oldCtx);
+  Group g;
+  ScratchMemStrm out(0);
+  EXPECT_EQ(Vgrp_dec(nullptr, g.get(), nullptr), 0);
+  EXPECT_EQ(Vgrp_encx(out, nullptr, 0, nullptr), 0);
+  EXPECT_EQ(IStrm_size(out), 0);
+  Tarnex_setAssertHandler(old, oldCtx, nullptr);
+  EXPECT_EQ(seen, (std::vector<std::string>{"vcard && item", "vcard && item"}));
+}
+
+// ---- The frame every text decoder shares ----------------------------------------
+
+using ostrel::detail::decodeFrame;
+using ostrel::detail::FrameProp;
+using ostrel::detail::FrameRow;
+
+// What the table saw: "row=value;" per property, "?name;" for the fallback.
+struct Seen {
+  std::string log;
+};
+
+std::string rawValue(IStrm *val) {
+  tarnex::ScratchStr<32> text;
+  VpiVal_getCstr(val, text, 0, nullptr);
+  return text.c_str();
+}
+
+constexpr FrameRow<Seen> kTinyTable[] = {
+    {"A", [](Seen &s, const FrameProp &p) { s.log += "A=" + rawValue(p.val) + ";"; }},
+    {"BEGIN", [](Seen &s, const FrameProp &p) { s.log += "B=" + rawValue(p.val) + ";"; }},
+    // Never reached: rows are walked from the top and the first equal name wins.
+    {"a", [](Seen &s, const FrameProp &) { s.log += "second a;"; }},
+};
+
+void fallback(Seen &s, const FrameProp &p) { s.log += std::string("?") + p.name + ";"; }
+
+struct FrameCase {
+  const char *text;
+  int32_t rc;
+  const char *log;
+  const char *rest;  // what the stream holds behind the call
+};
+
+TEST(TextFrame, SkipsToItsBeginDispatchesAndStopsAtItsEnd) {
+  const FrameCase cases[] = {
+      {"", 0, "", ""},
+      {"note:no object\r\nA:1\r\n", 0, "", ""},
+      {"x:1\r\nBEGIN:VTEST\r\nA:1\r\nEND:VTEST\r\nA:2\r\n", 1, "A=1;", "A:2\r\n"},
+      // Case ignored on names and on the word; END of another word passed over;
+      // a BEGIN inside is an ordinary property (a calendar's VEVENT).
+      {"begin:vtest\r\na:x\r\nEND:VEVENT\r\nBEGIN:VEVENT\r\nZ;P=1:q\r\nend:VTest\r\n", 1,
+       "A=x;B=VEVENT;?Z;", ""},
+      // The BEGIN value is compared whole and raw.
+      {"BEGIN:VTEST;X\r\nA:1\r\nBEGIN:VTEST\\,\r\nBEGIN:VTEST\r\nA:2\r\nEND:VTEST\r\n", 1, "A=2;",
+       ""},
+      // No nesting: the inner END closes the object, the outer rest is left behind.
+      {"BEGIN:VTEST\r\nA:1\r\nBEGIN:VTEST\r\nA:2\r\nEND:VTEST\r\nA:3\r\nEND:VTEST\r\n", 1,
+       "A=1;B=VTEST;A=2;", "A:3\r\nEND:VTEST\r\n"},
+      // Cut short: the properties were seen, but the result says no object.
+      {"BEGIN:VTEST\r\nA:1\r\n", 0, "A=1;", ""},
+      // A reader fault inside is the result; before BEGIN it reads as the end.
+      {"BEGIN:VTEST\r\nA:1\r\nBROKEN\r\nEND:VTEST\r\n", -251, "A=1;", "END:VTEST\r\n"},
+      {"BROKEN\r\nBEGIN:VTEST\r\nA:1\r\nEND:VTEST\r\n", 0, "", "BEGIN:VTEST\r\nA:1\r\nEND:VTEST\r\n"},
+  };
+  for (const FrameCase &c : cases) {
+    SCOPED_TRACE(c.text);
+    const std::string text = c.text;
+    ScratchStrStrm in(text);
+    Seen seen;
+    EXPECT_EQ(decodeFrame(in, "VTEST", kTinyTable, seen, fallback), c.rc);
+    EXPECT_EQ(seen.log, c.log);
+    const int64_t pos = IStrm_tell(in);
+    ASSERT_GE(pos, 0);
+    ASSERT_LE(pos, static_cast<int64_t>(text.size()));
+    EXPECT_EQ(text.substr(static_cast<size_t>(pos)), c.rest);
+  }
+}
+
+TEST(TextFrame, UnknownNamesAreTracedOnlyWhenAskedFor) {
+  std::string traced;
+  DbgMng_setSink([](void *ctx, const char *text,
+                    int32_t len) { static_cast<std::string *>(ctx)->append(text, len); },
+                 &traced);
+  const std::string text = "BEGIN:VTEST\r\nZ:value\r\nA:1\r\nEND:VTEST\r\n";
+  for (const bool on : {false, true}) {
+    DbgMng_reset();
+    if (on) DbgMng_select(6, 0x4, 3);
+    traced.clear();
+    ScratchStrStrm in(text);
+    Seen seen;
+    EXPECT_EQ(decodeFrame(in, "VTEST", kTinyTable, seen), 1);
+    EXPECT_EQ(seen.log, "A=1;");
+    if (on) {
+      EXPECT_NE(traced.find("un-handled field \"Z\""), std::string::npos) << traced;
+      EXPECT_NE(traced.find("value"), std::string::npos) << traced;
+    } else {
+      EXPECT_EQ(traced, "");
+    }
+  }
+  DbgMng_reset();
+  DbgMng_setSink(nullptr, nullptr);
 }
 
 }  // namespace

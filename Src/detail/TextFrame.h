@@ -1,24 +1,43 @@
 // The BEGIN/END frame shared by the text decoders (vCard, groups, and the
 // calendar, note, bookmark and message formats after them).
 //
-// A decoder clears its record, then calls readFrame with its format's word
-// ("VCARD") and a callback for each property inside the object:
-//   - properties before "BEGIN:<word>" are passed over without a trace;
-//   - inside, every property but the closing END goes to the callback, a
-//     nested BEGIN included (there is no nesting: an embedded card's lines
-//     read as lines of the outer one, and its END closes the object);
-//   - "END:<word>" ends the object (END of anything else is passed over).
-// Result: 1 an object was read; 0 the stream ended (or a fault arose)
-// before BEGIN, or the stream ended inside the object; a negative code of
-// the property reader after BEGIN. On a result below 1 the decoder clears
-// its record again. The stream stands behind the END line after a 1.
+// How a decoder uses it:
 //
-// Inside, a decoder dispatches each name through a constexpr table of
-// {name, ...} rows walked from the top with findRow, and traces what no row
-// knows with traceUnhandled.
+//   struct Ctx { MyItem *item; uint32_t *ver; };
+//   constexpr FrameRow<Ctx> kProps[] = {
+//       {"VERSION", [](Ctx &c, const FrameProp &p) { ... p.val ... }},
+//       {"X-FOO", ...},
+//   };
+//   MyItem_clear(item);
+//   Ctx ctx{item, ver};
+//   const int32_t rc = decodeFrame(strm, "VFOO", kProps, ctx);
+//   if (rc < 1) MyItem_clear(item);
+//   return rc;
+//
+// decodeFrame reads property after property with VpiDec_getStrm:
+//   - before "BEGIN:<word>" every line is passed over without a trace; the
+//     BEGIN value is read whole and raw, so "BEGIN:VCARD;X" opens nothing;
+//   - inside, each property goes to the first row whose name equals its
+//     own (ASCII case ignored), the table walked from the top; a name no
+//     row knows goes to the fallback, by default a trace "un-handled field"
+//     (category 0x4, level 3) with the name and the value, and is dropped;
+//   - a nested BEGIN is an ordinary property: a calendar sees its
+//     BEGIN:VEVENT rows, and an embedded card (a 2.1 AGENT followed by its
+//     card's lines) is read as lines of the outer object, so that its END
+//     closes the object. There is no nesting count;
+//   - "END:<word>" ends the object; END of anything else is passed over.
+// Result: 1 an object was read, the stream standing behind its END line so
+// that the next call reads the next object; 0 the stream ended (or the
+// property reader failed) before BEGIN, or the stream ended inside the
+// object; the reader's negative code when it failed after BEGIN. A result
+// below 1 means the caller clears its record again.
+//
+// A decoder whose rows carry more than a handler (the vCard's field types)
+// uses the two halves, readFrame and findRow, with its own dispatch.
 #ifndef OSTREL_DETAIL_TEXTFRAME_H
 #define OSTREL_DETAIL_TEXTFRAME_H
 
+#include <cstddef>
 #include <cstdint>
 
 #include "detail/Trace.h"
@@ -27,6 +46,21 @@
 
 namespace ostrel::detail {
 
+// One property inside the object. `val` stands at the start of the value,
+// with transfer encodings and the charset already undone by the reader.
+struct FrameProp {
+  const char *name;
+  const KvoStr *params;  // the parameter text with its leading ";"
+  IStrm *val;
+};
+
+template <class Ctx>
+struct FrameRow {
+  const char *name;
+  void (*handler)(Ctx &, const FrameProp &);
+};
+
+// The frame alone: onProp(name, params, val) for each property inside.
 template <class OnProp>
 int32_t readFrame(IStrm *strm, const char *word, OnProp onProp) {
   tarnex::ScratchStr<32> name;
@@ -73,6 +107,21 @@ inline void traceUnhandled(const char *name, IStrm *val, int32_t level) {
   tout_fmt("un-handled field \"%s\"", name);
   tout_tstrm(val);
   tout_endx();
+}
+
+// The frame with its table: see the head of this file.
+template <class Ctx, size_t N>
+int32_t decodeFrame(IStrm *strm, const char *word, const FrameRow<Ctx> (&table)[N], Ctx &ctx,
+                    void (*fallback)(Ctx &, const FrameProp &) = nullptr) {
+  return readFrame(strm, word, [&](const KvoStr *name, const KvoStr *params, IStrm *val) {
+    const FrameProp prop{KvoStr_buf(name), params, val};
+    if (const FrameRow<Ctx> *row = findRow(table, prop.name))
+      row->handler(ctx, prop);
+    else if (fallback != nullptr)
+      fallback(ctx, prop);
+    else
+      traceUnhandled(prop.name, val, 3);
+  });
 }
 
 }  // namespace ostrel::detail
