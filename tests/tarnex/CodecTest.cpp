@@ -4,6 +4,7 @@
 #include <cstring>
 #include <random>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "tarnex/codec.h"
@@ -14,81 +15,64 @@ namespace {
 
 using tarnex::ScratchMemStrm;
 using tarnex::ScratchStrStrm;
+using Encoder = int32_t (*)(IStrm *, IStrm *, int32_t, int32_t);
+using Decoder = int32_t (*)(const char *, uint8_t *, int32_t);
+const Encoder kB64Enc = b64_enc_strm_from_strm, kQpEnc = qp_enc_strm_from_strm;
+const Decoder kB64Dec = b64_dec_str_to_buf, kQpDec = qp_dec_str_to_buf;
+const Decoder kIraDec = [](const char *text, uint8_t *buf, int32_t size) {
+  return ira_dec_str_to_buf(text, -1, buf, size);
+};
 
-// A stream that hands out at most `step` bytes a read and refuses writes
-// beyond `room` bytes, to check block edges and stream faults.
+// Hands out at most `step` bytes a read and fails writes beyond `room`
+// bytes with -77, to check block edges and stream faults. The codecs only
+// read and write, so the other operations are left out.
 struct TestStrm {
   IStrm base{};
   std::string data;
-  size_t pos = 0;
-  size_t step = 1;
-  size_t room = SIZE_MAX;
-  std::string written;
+  size_t step = 1, room = SIZE_MAX, pos = 0;
+  std::string written{};
 };
-
 TestStrm *self(IStrm *s) { return reinterpret_cast<TestStrm *>(s); }
-
-const IStrmOps kTestOps = {
-    [](IStrm *) {},
-    [](IStrm *, int32_t) -> int32_t { return -1; },
-    [](IStrm *) -> int32_t { return -1; },
-    [](IStrm *, int32_t) -> int32_t { return -1; },
-    [](IStrm *s, void *buf, int32_t n) -> int32_t {
-      TestStrm *t = self(s);
-      const size_t k = std::min({static_cast<size_t>(n), t->step, t->data.size() - t->pos});
-      std::memcpy(buf, t->data.data() + t->pos, k);
-      t->pos += k;
-      return static_cast<int32_t>(k);
-    },
-    [](IStrm *s, const void *buf, int32_t n) -> int32_t {
-      TestStrm *t = self(s);
-      if (t->written.size() + n > t->room) return -77;
-      t->written.append(static_cast<const char *>(buf), n);
-      return n;
-    },
-    [](IStrm *, uint32_t, int32_t, int32_t) -> int32_t { return -1; },
-    [](IStrm *s) -> int64_t { return static_cast<int64_t>(self(s)->pos); },
-    [](IStrm *s) -> int64_t { return static_cast<int64_t>(self(s)->data.size()); },
-    [](IStrm *) -> int32_t { return -1; },
-    nullptr,
-};
-
-TestStrm testStrm(std::string data, size_t step) {
-  TestStrm t;
-  t.base.ops = &kTestOps;
-  t.data = std::move(data);
-  t.step = step;
-  return t;
+int32_t testRead(IStrm *s, void *buf, int32_t n) {
+  TestStrm *t = self(s);
+  const size_t k = std::min({static_cast<size_t>(n), t->step, t->data.size() - t->pos});
+  std::memcpy(buf, t->data.data() + t->pos, k);
+  t->pos += k;
+  return static_cast<int32_t>(k);
+}
+int32_t testWrite(IStrm *s, const void *buf, int32_t n) {
+  TestStrm *t = self(s);
+  if (t->written.size() + n > t->room) return -77;
+  t->written.append(static_cast<const char *>(buf), n);
+  return n;
+}
+const IStrmOps kTestOps = {[](IStrm *) {}, nullptr, nullptr, nullptr, testRead, testWrite,
+                           nullptr, nullptr, nullptr, nullptr, nullptr};
+TestStrm testStrm(std::string data, size_t step, size_t room = SIZE_MAX) {
+  return TestStrm{{&kTestOps}, std::move(data), step, room};
 }
 
 std::string contents(IStrm *s) {
   return {reinterpret_cast<const char *>(MemStrm_data(s)), static_cast<size_t>(IStrm_size(s))};
 }
-
-using Encoder = int32_t (*)(IStrm *, IStrm *, int32_t, int32_t);
-using Decoder = int32_t (*)(const char *, uint8_t *, int32_t);
-
 std::string encode(Encoder enc, const std::string &bytes, int32_t width, int32_t start) {
   ScratchStrStrm in(bytes);
   ScratchMemStrm out(0);
   const int32_t n = enc(out, in, width, start);
-  std::string text = contents(out);
-  EXPECT_EQ(n, static_cast<int32_t>(text.size()));
-  return text;
+  EXPECT_EQ(n, IStrm_size(out));
+  return contents(out);
 }
-
 std::string decode(Decoder dec, const std::string &text) {
   std::vector<uint8_t> buf(text.size() + 1);
   const int32_t n = dec(text.c_str(), buf.data(), static_cast<int32_t>(buf.size()));
   return {buf.begin(), buf.begin() + n};
 }
-
-std::string randomBytes(std::mt19937 &rng, size_t n) {
+std::string randomBytes(std::mt19937 &rng, size_t n, const std::string &alphabet = "") {
   std::string s(n, '\0');
-  for (char &c : s) c = static_cast<char>(rng() & 0xFF);
+  for (char &c : s)
+    c = static_cast<char>(alphabet.empty() ? rng() : alphabet[rng() % alphabet.size()]);
   return s;
 }
-
 std::vector<std::string> lines(const std::string &text) {
   std::vector<std::string> out;
   size_t p = 0;
@@ -98,388 +82,244 @@ std::vector<std::string> lines(const std::string &text) {
   return out;
 }
 
-constexpr int32_t kWidths[] = {4, 76, -1};
-constexpr int32_t kStarts[] = {0, 1, 75, -1};
-
-// ---- Base64 -------------------------------------------------------------------
-
-TEST(Base64, Rfc4648Vectors) {
-  // The test vectors of RFC 4648, section 10.
-  const std::pair<std::string, std::string> kVectors[] = {
-      {"", ""},         {"f", "Zg=="},        {"fo", "Zm8="},        {"foo", "Zm9v"},
-      {"foob", "Zm9vYg=="}, {"fooba", "Zm9vYmE="}, {"foobar", "Zm9vYmFy"},
-  };
-  for (const auto &[plain, coded] : kVectors) {
-    EXPECT_EQ(encode(b64_enc_strm_from_strm, plain, -1, 0), coded);
-    EXPECT_EQ(decode(b64_dec_str_to_buf, coded), plain);
-  }
-}
-
 // Every line within the width (the first counted from the start column),
 // continuation lines folded with one blank, no line that is a lone blank.
 void checkB64Layout(const std::string &text, int32_t width, int32_t start) {
-  if (text.empty()) return;
   std::vector<std::string> ls = lines(text);
-  if (start == -1) {
-    if (ls.size() == 2) {  // no data: the closing line end alone
-      EXPECT_EQ(text, "\r\n");
-      return;
-    }
-    EXPECT_EQ(ls.front(), "");
-    EXPECT_EQ(ls.back(), "");
+  if (start == -1) {  // CR LF first and last; no data: the closing CR LF alone
+    ASSERT_GE(ls.size(), 2u) << text;
+    EXPECT_TRUE(ls.size() > 2 || text == "\r\n") << text;
+    EXPECT_TRUE(ls.front().empty() && ls.back().empty()) << text;
     ls.erase(ls.begin());
     ls.pop_back();
   } else {
     ls.front().insert(0, static_cast<size_t>(start), 'x');
   }
-  for (size_t i = 0; i < ls.size(); ++i) {
+  for (size_t i = 0; i < ls.size() && !text.empty(); ++i) {
     const bool continued = i > 0 || start == -1;
-    if (continued) {
-      EXPECT_EQ(ls[i][0], ' ') << text;
-    }
+    EXPECT_TRUE(!continued || ls[i][0] == ' ') << text;
     EXPECT_GT(ls[i].size(), continued ? 1u : 0u) << text;
-    if (width >= 4 && !(i == 0 && start >= width)) {
-      EXPECT_LE(ls[i].size(), size_t(width)) << text;
-    }
+    EXPECT_TRUE(width < 4 || (i == 0 && start >= width) || ls[i].size() <= size_t(width)) << text;
   }
 }
 
-TEST(Base64, RoundTripAtLineLimits) {
-  std::mt19937 rng(4648);
-  std::string all(256, '\0');
-  for (int i = 0; i < 256; ++i) all[i] = static_cast<char>(i);
-  for (int32_t width : kWidths) {
-    for (int32_t start : kStarts) {
-      for (size_t len = 0; len <= 200; ++len) {
-        const std::string bytes = len == 200 ? all : randomBytes(rng, len);
-        const std::string text = encode(b64_enc_strm_from_strm, bytes, width, start);
-        SCOPED_TRACE(testing::Message() << "width " << width << " start " << start << " len "
-                                        << len);
-        checkB64Layout(text, width, start);
-        ASSERT_EQ(decode(b64_dec_str_to_buf, text), bytes);
-      }
-    }
-  }
-}
-
-// A property line as the property layer writes it.
-std::string propertyLine(const std::string &bytes, int32_t start) {
-  const std::string head = "PHOTO;ENCODING=BASE64:";
-  const std::string text = encode(b64_enc_strm_from_strm, bytes, 76,
-                                  start == -1 ? -1 : static_cast<int32_t>(head.size()));
-  return head + text + "\r\nEND:VCARD\r\n";
-}
-
-// Readers of 2.1 take the value up to a blank line or the next property,
-// readers of 3.0 unfold one line: both must get the bytes from both forms.
-TEST(Base64, LexerReadsBothForms) {
-  std::mt19937 rng(30);
-  const std::string bytes = randomBytes(rng, 200);
-  for (int32_t start : {-1, 0}) {
-    const std::string doc = propertyLine(bytes, start);
-    if (start == -1) {
-      EXPECT_NE(doc.find("=\r\n\r\nEND:VCARD"), std::string::npos) << "no blank line behind";
-    }
-    const size_t colon = doc.find(':') + 1;
-    ScratchStrStrm in(doc);
-    ScratchMemStrm val(0);
-    IStrm_seek(in, static_cast<int64_t>(colon), KVO_SEEK_SET);
-    EXPECT_EQ(KvoLex_getLineBase(in, val, 1), 0);
-    EXPECT_EQ(contents(val), bytes) << "start " << start;
-    tarnex::ScratchStr<64> next;
-    int32_t token;
-    while ((token = KvoLex_getDef(in, next, ":")) == KVO_LEX_EOL) {
-    }
-    EXPECT_EQ(token, KVO_LEX_WORD);
-    EXPECT_EQ(next.view(), "END");
-
-    ScratchStrStrm in30(doc);
-    ScratchMemStrm line(0);
-    IStrm_seek(in30, static_cast<int64_t>(colon), KVO_SEEK_SET);
-    EXPECT_EQ(KvoLex_getLine(in30, line, 1, 0), 0);
-    EXPECT_EQ(decode(b64_dec_str_to_buf, contents(line)), bytes) << "start " << start;
-  }
-}
-
-TEST(Base64, LenientDecoding) {
-  const std::pair<std::string, std::string> kCases[] = {
-      {"Zm9v\r\n YmFy", "foobar"},  // folded
-      {"Zm9v\tYm\nFy", "foobar"},   // white space anywhere
-      {"Zm9v!*YmFy\x80", "foobar"},  // stray bytes dropped
-      {"Zm9vYg", "foob"},           // padding missing
-      {"Zm9vYmE", "fooba"},
-      {"Zm9vY", "foo"},             // a lone last digit carries no byte
-      {"Zm9v=YmFy", "foo"},         // "=" ends the data
-      {"====", ""},
-      {"Z", ""},
-      {"!!!", ""},
-  };
-  for (const auto &[text, plain] : kCases) EXPECT_EQ(decode(b64_dec_str_to_buf, text), plain) << text;
-}
-
-// Decoding into k bytes of junk-filled room gives the first k bytes and
-// leaves the rest of the junk alone.
-void checkBounded(Decoder dec, const char *text, const std::string &plain) {
-  for (int32_t size = -1; size <= static_cast<int32_t>(plain.size()) + 1; ++size) {
-    uint8_t buf[32];
-    std::memset(buf, 0xEE, sizeof buf);
-    const int32_t n = dec(text, buf, size);
-    const int32_t want = std::clamp(size, 0, static_cast<int32_t>(plain.size()));
-    ASSERT_EQ(n, want) << text << " size " << size;
-    EXPECT_EQ(std::string(buf, buf + n), plain.substr(0, n));
-    for (size_t i = static_cast<size_t>(n); i < sizeof buf; ++i) ASSERT_EQ(buf[i], 0xEE);
-  }
-  EXPECT_EQ(dec(nullptr, nullptr, 8), 0);
-}
-
-TEST(Base64, DecodingStopsWhenBufferIsFull) {
-  checkBounded(b64_dec_str_to_buf, "Zm9vYmFyYg==", "foobarb");
-  checkBounded(b64_dec_str_to_buf, "Zm9v YmFy Yg", "foobarb");
-}
-
-// ---- Streams behind both encoders ------------------------------------------------
-
-TEST(CodecStrm, ShortReadsAndStreamFaults) {
-  std::mt19937 rng(7);
-  std::string bytes = randomBytes(rng, 10000);
-  for (Encoder enc : {b64_enc_strm_from_strm, qp_enc_strm_from_strm}) {
-    const std::string whole = encode(enc, bytes, 76, 10);
-    for (size_t step : {size_t{1}, size_t{1000}, size_t{4095}}) {
-      TestStrm in = testStrm(bytes, step), out = testStrm("", 0);
-      EXPECT_EQ(enc(&out.base, &in.base, 76, 10), static_cast<int32_t>(whole.size()));
-      EXPECT_EQ(out.written, whole) << "step " << step;
-    }
-    TestStrm in = testStrm(bytes, SIZE_MAX), out = testStrm("", 0);
-    out.room = 5000;
-    EXPECT_EQ(enc(&out.base, &in.base, 76, 10), -77);
-  }
-}
-
-// Counts misuse reports while it lives.
-struct MisuseCount {
-  int n = 0;
-  void *oldCtx = nullptr;
-  KvoAssertHandler old;
-  MisuseCount() {
-    old = Tarnex_setAssertHandler(
-        [](void *c, const char *, const char *, int32_t) { ++static_cast<MisuseCount *>(c)->n; },
-        this, &oldCtx);
-  }
-  ~MisuseCount() {
-    void *ignored;
-    Tarnex_setAssertHandler(old, oldCtx, &ignored);
-  }
-};
-
-TEST(CodecStrm, NullsAreReportedMisuse) {
-  MisuseCount misuse;
-  ScratchStrStrm in("ab", 2);
-  uint8_t buf[4];
-  char text[8] = "zz";
-  EXPECT_EQ(b64_enc_strm_from_strm(nullptr, in, 76, 0), 0);
-  EXPECT_EQ(qp_enc_strm_from_strm(in, nullptr, 76, 0), 0);
-  EXPECT_EQ(b64_dec_str_to_buf("Zm9v", nullptr, 4), 0);
-  EXPECT_EQ(qp_dec_str_to_buf("abc", nullptr, 4), 0);
-  EXPECT_EQ(ira_enc_buf_from_buf(nullptr, 8, buf, 2), 0);
-  EXPECT_EQ(ira_enc_buf_from_buf(text, 8, nullptr, 2), 0);
-  EXPECT_STREQ(text, "");
-  EXPECT_EQ(ira_dec_str_to_strm("AA", -1, nullptr), 0);
-  EXPECT_EQ(misuse.n, 7);
-  // Null text reads as empty and is no misuse.
-  EXPECT_EQ(b64_dec_str_to_buf(nullptr, buf, 4), 0);
-  EXPECT_EQ(ira_dec_str_to_buf(nullptr, -1, buf, 4), 0);
-  EXPECT_EQ(misuse.n, 7);
-}
-
-// ---- Quoted-printable ---------------------------------------------------------------
-
-TEST(QuotedPrintable, WhatIsEscaped) {
-  const struct {
-    const char *plain;
-    int32_t column;
-    const char *coded;
-  } kCases[] = {
-      {"a=b", 5, "a=3Db"},
-      {"line1\r\nline2\n", 5, "line1=0D=0Aline2=0A"},
-      {"end ", 5, "end=20"},
-      {"tab\t", 5, "tab=09"},
-      {"a b\tc", 5, "a b\tc"},
-      {" lead", 0, "=20lead"},  // a blank that begins a line would read as a fold
-      {" lead", 5, " lead"},
-      {"\xC3\xA9\x7F\x01~!", 5, "=C3=A9=7F=01~!"},
-  };
-  for (const auto &c : kCases)
-    EXPECT_EQ(encode(qp_enc_strm_from_strm, c.plain, -1, c.column), c.coded) << c.plain;
-  EXPECT_EQ(encode(qp_enc_strm_from_strm, "ab", 4, 3), "=\r\nab");  // the line is full already
-}
-
-// The layout rules of the encoder, checked on its output.
+// No line past the width, soft breaks end in "=", no blank before a line
+// end or (where it would read as a fold) at a line start, escapes whole and
+// upper case, nothing but printable text, blanks and tabs.
 void checkQpLayout(const std::string &text, int32_t width, int32_t column) {
   std::vector<std::string> ls = lines(text);
   ls.front().insert(0, static_cast<size_t>(column), 'x');
   for (size_t i = 0; i < ls.size(); ++i) {
     const std::string &l = ls[i];
     const bool last = i + 1 == ls.size();
-    if (width >= 4) {
-      EXPECT_LE(l.size(), size_t(i == 0 ? std::max(width, column + 1) : width)) << text;
-    }
-    if (!last) {
-      ASSERT_EQ(l.back(), '=') << text;
-    }
+    const size_t limit = i == 0 ? std::max(width, column + 1) : width;
+    EXPECT_TRUE(width < 4 || l.size() <= limit) << text;
+    ASSERT_TRUE(last || l.back() == '=') << text;
     const size_t body = l.size() - (last ? 0 : 1);
-    if (body > 0) {
-      EXPECT_NE(l[body - 1], ' ') << text;
-      EXPECT_NE(l[body - 1], '\t') << text;
-    }
-    if ((i > 0 || column == 0) && !l.empty()) {
-      EXPECT_TRUE(l[0] != ' ' && l[0] != '\t') << text;
-    }
+    EXPECT_TRUE(body == 0 || (l[body - 1] != ' ' && l[body - 1] != '\t')) << text;
+    EXPECT_TRUE((i == 0 && column > 0) || l.empty() || (l[0] != ' ' && l[0] != '\t')) << text;
     for (size_t k = 0; k < body; ++k) {
       const unsigned char c = l[k];
       ASSERT_TRUE((c >= 0x21 && c <= 0x7E) || c == ' ' || c == '\t') << text;
       if (c != '=') continue;
       ASSERT_LE(k + 3, body) << "escape cut: " << text;
-      EXPECT_TRUE(isxdigit(l[k + 1]) && !islower(l[k + 1]) && isxdigit(l[k + 2]) &&
-                  !islower(l[k + 2])) << text;
+      for (char h : {l[k + 1], l[k + 2]}) EXPECT_TRUE(isxdigit(h) && !islower(h)) << text;
     }
   }
 }
 
-TEST(QuotedPrintable, RoundTripAtLineLimits) {
-  std::mt19937 rng(2045);
+// Every width and start column, every length to 200 and all 256 byte
+// values; for quoted-printable odd lengths are mostly blanks and line ends,
+// so that blanks meet the line ends often.
+TEST(Codec, RoundTripAtLineLimits) {
+  std::mt19937 rng(4648);
   std::string all(256, '\0');
   for (int i = 0; i < 256; ++i) all[i] = static_cast<char>(i);
-  // Mostly blanks and text, so that blanks meet the line ends often.
-  const std::string mix = "  \t\tab=\r\n\xC3";
-  for (int32_t width : kWidths) {
-    for (int32_t column : kStarts) {
-      if (column < 0) continue;
-      for (size_t len = 0; len <= 200; ++len) {
-        std::string bytes = len == 200 ? all : randomBytes(rng, len);
-        if (len % 2) for (char &c : bytes) c = mix[static_cast<uint8_t>(c) % mix.size()];
-        const std::string text = encode(qp_enc_strm_from_strm, bytes, width, column);
-        SCOPED_TRACE(testing::Message() << "width " << width << " column " << column << " len "
-                                        << len);
-        checkQpLayout(text, width, column);
-        ASSERT_EQ(decode(qp_dec_str_to_buf, text), bytes);
+  for (bool qp : {false, true}) {
+    for (int32_t width : {4, 76, -1}) {
+      for (int32_t start : {0, 1, 75, qp ? 0 : -1}) {
+        for (size_t len = 0; len <= 200; ++len) {
+          const std::string bytes =
+              len == 200 ? all : randomBytes(rng, len, qp && len % 2 ? "  \t\tab=\r\n\xC3" : "");
+          const std::string text = encode(qp ? kQpEnc : kB64Enc, bytes, width, start);
+          SCOPED_TRACE(testing::Message() << "qp " << qp << " width " << width << " start "
+                                          << start << " len " << len);
+          qp ? checkQpLayout(text, width, start) : checkB64Layout(text, width, start);
+          ASSERT_EQ(decode(qp ? kQpDec : kB64Dec, text), bytes);
+        }
       }
     }
   }
 }
 
-// The lexer undoes soft breaks and folds on the same line ends: the value
-// must come back whole, also when it starts with a soft break.
-TEST(QuotedPrintable, LexerReadsWhatIsWritten) {
-  std::mt19937 rng(76);
-  const std::string mix = " \t=\r\nxy\xC3\xA9";
-  for (size_t pad : {size_t{0}, size_t{50}, size_t{80}}) {
-    std::string bytes = randomBytes(rng, 400);
-    for (char &c : bytes) c = mix[static_cast<uint8_t>(c) % mix.size()];
-    const std::string head = "NOTE;X-PAD=" + std::string(pad, 'p') + ";ENCODING=QUOTED-PRINTABLE:";
-    const std::string doc = head +
-                            encode(qp_enc_strm_from_strm, bytes, 76,
-                                   static_cast<int32_t>(head.size())) +
-                            "\r\nEND:VNOTE\r\n";
-    ScratchStrStrm in(doc);
-    ScratchMemStrm val(0);
-    IStrm_seek(in, static_cast<int64_t>(head.size()), KVO_SEEK_SET);
-    EXPECT_EQ(KvoLex_getLineQp(in, val, 1), 0);
-    EXPECT_EQ(contents(val), bytes) << doc;
+TEST(Codec, Encoding) {
+  const std::tuple<Encoder, const char *, int32_t, int32_t, const char *> kCases[] = {
+      // The test vectors of RFC 4648, section 10, by the length left over.
+      {kB64Enc, "", -1, 0, ""}, {kB64Enc, "f", -1, 0, "Zg=="}, {kB64Enc, "fo", -1, 0, "Zm8="},
+      {kB64Enc, "foobar", -1, 0, "Zm9vYmFy"}, {kQpEnc, "a=b", -1, 5, "a=3Db"},
+      {kQpEnc, "line1\r\nline2\n", -1, 5, "line1=0D=0Aline2=0A"},
+      {kQpEnc, "end ", -1, 5, "end=20"}, {kQpEnc, "tab\t", -1, 5, "tab=09"},
+      {kQpEnc, "a b\tc", -1, 5, "a b\tc"}, {kQpEnc, " lead", -1, 5, " lead"},
+      {kQpEnc, " lead", -1, 0, "=20lead"},  // a blank that begins a line would read as a fold
+      {kQpEnc, "\xC3\xA9\x7F\x01~!", -1, 5, "=C3=A9=7F=01~!"},
+      {kQpEnc, "ab", 4, 3, "=\r\nab"},  // the line is full already
+  };
+  for (const auto &[enc, plain, width, column, coded] : kCases)
+    EXPECT_EQ(encode(enc, plain, width, column), coded) << plain;
+}
+
+// Each text decoded into k bytes of junk-filled room, k from -1 to past its
+// length, gives the first k bytes of the whole, also in mid-group or
+// mid-escape, and leaves the rest of the junk alone.
+TEST(Codec, LenientAndBoundedDecoding) {
+  const std::tuple<Decoder, const char *, std::string> kCases[] = {
+      {kB64Dec, "Zm9vYmE=", "fooba"}, {kB64Dec, "Zm9v\r\n YmFy", "foobar"},  // folded
+      {kB64Dec, "Zm9v\tYm\nFy", "foobar"}, {kB64Dec, "Zm9v!*YmFy\x80", "foobar"},  // dropped
+      {kB64Dec, "Zm9vYg", "foob"}, {kB64Dec, "Zm9vYmE", "fooba"},  // padding missing
+      {kB64Dec, "Zm9vY", "foo"}, {kB64Dec, "Z", ""},  // a lone last digit carries no byte
+      {kB64Dec, "Zm9v=YmFy", "foo"}, {kB64Dec, "====", ""},  // "=" ends the data
+      {kQpDec, "=", "="}, {kQpDec, "a=4", "a=4"}, {kQpDec, "=G1", "=G1"}, {kQpDec, "=4g", "=4g"},
+      {kQpDec, "=4a=4A=e9", "JJ\xE9"}, {kQpDec, "==41", "=A"}, {kQpDec, "= x", "= x"},
+      {kQpDec, "soft=\r\nbreak", "softbreak"}, {kQpDec, "soft=\nbreak", "softbreak"},
+      {kQpDec, "soft=\rbreak", "softbreak"}, {kQpDec, "soft= \t\r\nbreak", "softbreak"},
+      {kQpDec, "=\r\n", ""}, {kQpDec, "hard\r\nbreak", "hard\r\nbreak"},
+      {kIraDec, "00abFF", {"\0\xAB\xFF", 3}}, {kIraDec, "ABC", "\xAB"},  // odd last digit dropped
+      {kIraDec, "AB G1", "\xAB"}, {kIraDec, "0x12", ""},  // stops at a non-digit
+      {kB64Dec, "Zm9vYmFyYg==", "foobarb"}, {kQpDec, "=41b=\r\n=43de=", "AbCde="},
+  };
+  for (const auto &[dec, text, plain] : kCases) {
+    for (int32_t size = -1; size <= static_cast<int32_t>(plain.size()) + 1; ++size) {
+      uint8_t buf[32];
+      std::memset(buf, 0xEE, sizeof buf);
+      const int32_t n = dec(text, buf, size);
+      ASSERT_EQ(n, std::clamp(size, 0, static_cast<int32_t>(plain.size()))) << text << size;
+      EXPECT_EQ(std::string(buf, buf + n), plain.substr(0, n)) << text;
+      for (size_t i = static_cast<size_t>(n); i < sizeof buf; ++i) ASSERT_EQ(buf[i], 0xEE);
+    }
   }
 }
 
-TEST(QuotedPrintable, DecoderEdgeCases) {
-  const std::pair<std::string, std::string> kCases[] = {
-      {"=", "="},           {"a=4", "a=4"},
-      {"=G1", "=G1"},       {"=4g", "=4g"},
-      {"=4a=4A=e9", "JJ\xE9"}, {"soft=\r\nbreak", "softbreak"},
-      {"soft=\nbreak", "softbreak"}, {"soft=\rbreak", "softbreak"},
-      {"soft= \t\r\nbreak", "softbreak"}, {"=\r\n", ""},
-      {"hard\r\nbreak", "hard\r\nbreak"}, {"= x", "= x"},
-      {"==41", "=A"},
+// What the property layer writes must come back whole through the lexer's
+// readers: Base64 either way (2.1 reads up to a blank line or the next
+// property, 3.0 unfolds one line), and quoted-printable, which may start
+// with a soft break when the property line is long.
+TEST(Codec, LexerReadsWhatIsWritten) {
+  std::mt19937 rng(30);
+  using Reader = int32_t (*)(IStrm *, IStrm *);
+  const Reader kBase = [](IStrm *in, IStrm *v) { return KvoLex_getLineBase(in, v, 1); };
+  const Reader kLine = [](IStrm *in, IStrm *v) { return KvoLex_getLine(in, v, 1, 0); };
+  const Reader kQp = [](IStrm *in, IStrm *v) { return KvoLex_getLineQp(in, v, 1); };
+  // The value from `at`; the reader must stop at the next property line or
+  // at the blank line before it.
+  auto read = [](const std::string &doc, size_t at, Reader reader) {
+    ScratchStrStrm in(doc);
+    ScratchMemStrm val(0);
+    IStrm_seek(in, static_cast<int64_t>(at), KVO_SEEK_SET);
+    EXPECT_EQ(reader(in, val), 0);
+    const std::string rest = doc.substr(static_cast<size_t>(IStrm_tell(in)));
+    EXPECT_TRUE(rest == "END:V\r\n" || rest == "\r\nEND:V\r\n") << rest;
+    return contents(val);
   };
-  for (const auto &[text, plain] : kCases) EXPECT_EQ(decode(qp_dec_str_to_buf, text), plain) << text;
+  const std::string bytes = randomBytes(rng, 200), head = "PHOTO;ENCODING=BASE64:";
+  for (int32_t col : {-1, static_cast<int32_t>(head.size())}) {
+    const std::string doc = head + encode(kB64Enc, bytes, 76, col) + "\r\nEND:V\r\n";
+    EXPECT_TRUE(col != -1 || doc.find("=\r\n\r\nEND:V") != std::string::npos) << "no blank line";
+    EXPECT_EQ(read(doc, head.size(), kBase), bytes) << col;
+    EXPECT_EQ(decode(kB64Dec, read(doc, head.size(), kLine)), bytes) << col;
+  }
+  for (size_t pad : {size_t{0}, size_t{50}, size_t{80}}) {
+    const std::string raw = randomBytes(rng, 400, " \t=\r\nxy\xC3\xA9");
+    const std::string note = "NOTE;X-PAD=" + std::string(pad, 'p') + ";ENCODING=QUOTED-PRINTABLE:";
+    const std::string doc =
+        note + encode(kQpEnc, raw, 76, static_cast<int32_t>(note.size())) + "\r\nEND:V\r\n";
+    EXPECT_EQ(read(doc, note.size(), kQp), raw) << doc;
+  }
 }
 
-TEST(QuotedPrintable, DecodingStopsWhenBufferIsFull) {
-  checkBounded(qp_dec_str_to_buf, "=41b=\r\n=43de=", "AbCde=");
+TEST(Codec, ShortReadsAndStreamFaults) {
+  std::mt19937 rng(7);
+  std::string bytes = randomBytes(rng, 10000);
+  for (Encoder enc : {kB64Enc, kQpEnc}) {
+    const std::string whole = encode(enc, bytes, 76, 10);
+    for (size_t step : {size_t{1}, size_t{1000}, size_t{4095}}) {
+      TestStrm in = testStrm(bytes, step), out = testStrm("", 0);
+      EXPECT_EQ(enc(&out.base, &in.base, 76, 10), static_cast<int32_t>(whole.size()));
+      EXPECT_EQ(out.written, whole) << "step " << step;
+    }
+    TestStrm in = testStrm(bytes, SIZE_MAX), out = testStrm("", 0, 5000);
+    EXPECT_EQ(enc(&out.base, &in.base, 76, 10), -77);
+  }
 }
 
-// ---- IRA hexadecimal text --------------------------------------------------------------
+TEST(Codec, NullsAreReportedMisuse) {
+  static int misuse = 0;
+  void *oldCtx = nullptr;
+  KvoAssertHandler old = Tarnex_setAssertHandler(
+      [](void *, const char *, const char *, int32_t) { ++misuse; }, nullptr, &oldCtx);
+  ScratchStrStrm in("ab", 2);
+  uint8_t buf[4];
+  char text[8] = "zz";
+  EXPECT_EQ(kB64Enc(nullptr, in, 76, 0), 0);
+  EXPECT_EQ(kQpEnc(in, nullptr, 76, 0), 0);
+  EXPECT_EQ(kB64Dec("Zm9v", nullptr, 4), 0);
+  EXPECT_EQ(kQpDec("abc", nullptr, 4), 0);
+  EXPECT_EQ(ira_enc_buf_from_buf(nullptr, 8, buf, 2), 0);
+  EXPECT_EQ(ira_enc_buf_from_buf(text, 8, nullptr, 2), 0);
+  EXPECT_STREQ(text, "");
+  EXPECT_EQ(ira_dec_str_to_strm("AA", -1, nullptr), 0);
+  EXPECT_EQ(misuse, 7);
+  // Null text reads as empty and is no misuse.
+  EXPECT_EQ(kB64Dec(nullptr, buf, 4) + kQpDec(nullptr, buf, 4), 0);
+  EXPECT_EQ(ira_dec_str_to_buf(nullptr, -1, buf, 4), 0);
+  Tarnex_setAssertHandler(old, oldCtx, nullptr);
+  EXPECT_EQ(misuse, 7);
+}
 
 TEST(Ira, EncodeWholeOctetsThatFit) {
   const uint8_t data[] = {0x00, 0xAB, 0x5F};
   for (int32_t size = 0; size <= 9; ++size) {
     char buf[12];
     std::memset(buf, '#', sizeof buf);
-    const int32_t n = ira_enc_buf_from_buf(buf, size, data, 3);
     const int32_t want = size < 1 ? 0 : std::min(3, (size - 1) / 2) * 2;
-    ASSERT_EQ(n, want) << size;
-    if (size > 0) {
-      EXPECT_EQ(std::string(buf), std::string("00AB5F", want));
-    }
+    ASSERT_EQ(ira_enc_buf_from_buf(buf, size, data, 3), want) << size;
+    EXPECT_TRUE(size == 0 || std::string(buf) == std::string("00AB5F", want)) << size;
     for (int32_t i = size > 0 ? want + 1 : 0; i < 12; ++i) ASSERT_EQ(buf[i], '#');
   }
   char buf[4] = "zz";
   EXPECT_EQ(ira_enc_buf_from_buf(buf, 4, data, -5), 0);
   EXPECT_STREQ(buf, "");
-
   tarnex::ScratchStr<8> s;
   KvoStr_setStr(s, "old");
   EXPECT_EQ(ira_enc_cstr_from_buf(s, data, 3), s.get());
   EXPECT_EQ(s.view(), "00AB5F");
 }
 
-TEST(Ira, Decode) {
-  const struct {
-    const char *text;
-    int32_t len;
-    std::vector<uint8_t> octets;
-  } kCases[] = {
-      {"00abFF", -1, {0x00, 0xAB, 0xFF}},
-      {"ABC", -1, {0xAB}},        // odd last digit dropped
-      {"AB G1", -1, {0xAB}},      // stops at a non-digit
-      {"0x12", -1, {}},
-      {"ABCD", 3, {0xAB}},        // len bounds the text
-      {"ABCD", 0, {}},
-      {"AB\0CD", 5, {0xAB}},      // a terminator within len ends it
-      {"", -1, {}},
-  };
-  for (const auto &c : kCases) {
-    uint8_t buf[8];
-    const int32_t n = ira_dec_str_to_buf(c.text, c.len, buf, sizeof buf);
-    EXPECT_EQ(std::vector<uint8_t>(buf, buf + n), c.octets) << c.text << " " << c.len;
-  }
-  uint8_t buf[4];
-  std::memset(buf, 0xEE, sizeof buf);
-  EXPECT_EQ(ira_dec_str_to_buf("AABBCC", -1, buf, 2), 2);
-  EXPECT_EQ(buf[1], 0xBB);
-  EXPECT_EQ(buf[2], 0xEE);
-  EXPECT_EQ(ira_dec_str_to_buf(nullptr, -1, buf, 4), 0);
-  EXPECT_EQ(ira_dec_str_to_buf("AA", -1, buf, -1), 0);
+// len bounds the text; a terminator within len ends it.
+TEST(Ira, DecodeWithinLen) {
+  uint8_t buf[8] = {};
+  EXPECT_EQ(ira_dec_str_to_buf("ABCD", 3, buf, sizeof buf), 1);
+  EXPECT_EQ(buf[0], 0xAB);
+  EXPECT_EQ(ira_dec_str_to_buf("ABCD", 0, buf, sizeof buf), 0);
+  EXPECT_EQ(ira_dec_str_to_buf("CD\0EF", 5, buf, sizeof buf), 1);
+  EXPECT_EQ(buf[0], 0xCD);
 }
 
 TEST(Ira, StreamsAcrossBlocks) {
   std::mt19937 rng(23040);
   const std::string bytes = randomBytes(rng, 3000);
   std::vector<char> text(2 * 5000 + 1);
-  {
-    ScratchStrStrm in(bytes);
-    EXPECT_EQ(ira_enc_buf_from_strm(text.data(), static_cast<int32_t>(text.size()), in, 5000),
-              6000);  // the stream ends before len
-  }
+  ScratchStrStrm in(bytes);
+  EXPECT_EQ(ira_enc_buf_from_strm(text.data(), static_cast<int32_t>(text.size()), in, 5000),
+            6000);  // the stream ends before len
   std::string lower(text.data());
   for (char &c : lower) c = static_cast<char>(tolower(c));
   ScratchMemStrm out(0);
   EXPECT_EQ(ira_dec_str_to_strm(lower.c_str(), -1, out), 3000);
   EXPECT_EQ(contents(out), bytes);
-
-  TestStrm full = testStrm("", 0);
-  full.room = 100;
+  TestStrm full = testStrm("", 0, 100);
   EXPECT_EQ(ira_dec_str_to_strm(lower.c_str(), -1, &full.base), -77);
-
   // Only the octets that fit are taken from the stream.
-  ScratchStrStrm in(bytes);
+  IStrm_rewind(in);
   char small[7];
   EXPECT_EQ(ira_enc_buf_from_strm(small, sizeof small, in, 100), 6);
   EXPECT_EQ(IStrm_tell(in), 3);

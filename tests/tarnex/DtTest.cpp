@@ -7,6 +7,7 @@
 #include <ctime>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "tarnex/dt.h"
 #include "tarnex/scratch.hpp"
@@ -24,42 +25,36 @@ KvoDt mk(int32_t y, int32_t mo, int32_t d, int32_t h = U, int32_t mi = 0, int32_
 }
 
 // One line per value, so that a failure shows every word at once.
+std::string w(int32_t v) { return v == U ? std::string("-") : std::to_string(v); }
 std::string show(const KvoDt &dt) {
-  auto w = [](int32_t v) { return v == U ? std::string("-") : std::to_string(v); };
   return w(dt.year) + "/" + w(dt.month) + "/" + w(dt.day) + " " + w(dt.hour) + ":" +
          w(dt.minute) + ":" + w(dt.second) + "." + w(dt.msec) + " z" + w(dt.zone);
 }
 std::string show(const KvoDur &d) {
-  auto w = [](int32_t v) { return v == U ? std::string("-") : std::to_string(v); };
   return w(d.years) + "Y" + w(d.months) + "M" + w(d.weeks) + "W" + w(d.days) + "D " +
          w(d.hours) + "H" + w(d.minutes) + "M" + w(d.seconds) + "S";
 }
 
-std::string enc(const KvoDt &dt) {
+// The writers replace what the string held.
+template <typename Write>
+std::string written(Write write) {
   ScratchStr<32> s;
   KvoStr_setStr(s, "junk");
-  return std::string(iso_dt_enc(s, &dt)->buf);
+  return std::string(write(s.get())->buf);
 }
+std::string enc(const KvoDt &dt) { return written([&](KvoStr *s) { return iso_dt_enc(s, &dt); }); }
 std::string encx(const KvoDt &dt, int32_t zone) {
-  ScratchStr<32> s;
-  KvoStr_setStr(s, "junk");
-  return std::string(iso_dt_encx__(s, &dt, zone)->buf);
+  return written([&](KvoStr *s) { return iso_dt_encx__(s, &dt, zone); });
 }
 std::string encDur(const KvoDur &d) {
-  ScratchStr<32> s;
-  KvoStr_setStr(s, "junk");
-  return std::string(iso_dur_enc(s, &d)->buf);
+  return written([&](KvoStr *s) { return iso_dur_enc(s, &d); });
 }
 std::optional<KvoDt> dec(const char *text) {
   KvoDt dt = mk(7, 7, 7, 7, 7, 7, 7, 7);  // junk a refusal must overwrite
   const int32_t ok = iso_dt_dec(text, &dt);
-  KvoDt unset;
-  KvoDt_init(&unset);
-  if (!ok) {
-    EXPECT_EQ(show(dt), show(unset)) << "refused \"" << text << "\" must leave the value unset";
-    return std::nullopt;
-  }
-  return dt;
+  if (ok) return dt;
+  EXPECT_EQ(show(dt), "-/0/0 -:0:0.0 z-") << "refused \"" << text << "\" must leave it unset";
+  return std::nullopt;
 }
 
 TEST(KvoDt, InitIsUnsetAndUnusable) {
@@ -76,49 +71,23 @@ TEST(KvoDt, InitIsUnsetAndUnusable) {
 }
 
 TEST(KvoDt, ChkTable) {
-  struct Row {
-    KvoDt dt;
-    int32_t flags, want;
-  } const rows[] = {
-      {mk(1997, 1, 1, 9), 0, 1},
-      {mk(1997, 1, 1), 0, 0},  // a date alone needs flag 1
-      {mk(1997, 1, 1), 1, 1},
-      {mk(1900, 2, 29), 1, 0},
-      {mk(2000, 2, 29), 1, 1},
-      {mk(2004, 2, 29), 1, 1},
-      {mk(2003, 2, 29), 1, 0},
-      {mk(1997, 4, 31), 1, 0},
-      {mk(1997, 12, 31), 1, 1},
-      {mk(0, 1, 1), 1, 0},
-      {mk(1, 1, 1), 1, 1},
-      {mk(9999, 12, 31, 23, 59, 59, 999), 0, 1},
-      {mk(10000, 1, 1), 1, 0},
-      {mk(1997, 0, 1), 1, 0},
-      {mk(1997, 13, 1), 1, 0},
-      {mk(1997, 1, 0), 1, 0},
-      {mk(1997, 1, 1, 24), 1, 0},
-      {mk(1997, 1, 1, -1), 1, 0},
-      {mk(1997, 1, 1, 9, 60), 1, 0},
-      {mk(1997, 1, 1, 9, 0, 60), 1, 0},
-      {mk(1997, 1, 1, 9, 0, 0, 1000), 1, 0},
-      {mk(1997, 1, 1, 9, 0, 0, -1), 1, 0},
-      {mk(1997, 1, 1, 9, 0, 0, 0, 1439), 1, 1},
-      {mk(1997, 1, 1, 9, 0, 0, 0, -1440), 1, 0},
-      {mk(U, 1, 1, 9), 1, 0},
-      {mk(INT32_MAX, INT32_MAX, INT32_MAX, INT32_MAX), 1, 0},
+  const struct { KvoDt dt; int32_t flags, want; } rows[] = {
+      {mk(1997, 1, 1, 9), 0, 1}, {mk(1997, 1, 1), 0, 0},  // a date alone needs flag 1
+      {mk(1997, 1, 1), 1, 1}, {mk(0, 1, 1), 1, 0}, {mk(1, 1, 1), 1, 1},  // month ends: below
+      {mk(9999, 12, 31, 23, 59, 59, 999), 0, 1}, {mk(10000, 1, 1), 1, 0}, {mk(1997, 0, 1), 1, 0},
+      {mk(1997, 13, 1), 1, 0}, {mk(1997, 1, 0), 1, 0}, {mk(1997, 1, 1, 24), 1, 0},
+      {mk(1997, 1, 1, -1), 1, 0}, {mk(1997, 1, 1, 9, 60), 1, 0}, {mk(1997, 1, 1, 9, 0, 60), 1, 0},
+      {mk(1997, 1, 1, 9, 0, 0, 1000), 1, 0}, {mk(1997, 1, 1, 9, 0, 0, -1), 1, 0},
+      {mk(1997, 1, 1, 9, 0, 0, 0, 1439), 1, 1}, {mk(1997, 1, 1, 9, 0, 0, 0, -1440), 1, 0},
+      {mk(U, 1, 1, 9), 1, 0}, {mk(INT32_MAX, INT32_MAX, INT32_MAX, INT32_MAX), 1, 0},
   };
-  for (const Row &r : rows) EXPECT_EQ(KvoDt_chk(&r.dt, r.flags) != 0, r.want != 0) << show(r.dt);
+  for (const auto &r : rows) EXPECT_EQ(KvoDt_chk(&r.dt, r.flags) != 0, r.want != 0) << show(r.dt);
 }
 
 TEST(IsoDt, DecodesWhatPhonesSend) {
-  struct Row {
-    const char *text;
-    KvoDt want;
-  } const rows[] = {
-      {"19970101T090000", mk(1997, 1, 1, 9)},
-      {"19970101T090000Z", mk(1997, 1, 1, 9, 0, 0, 0, 0)},
-      {"19970101", mk(1997, 1, 1)},
-      {"1997-01-01", mk(1997, 1, 1)},
+  const struct { const char *text; KvoDt want; } rows[] = {
+      {"19970101T090000", mk(1997, 1, 1, 9)}, {"19970101T090000Z", mk(1997, 1, 1, 9, 0, 0, 0, 0)},
+      {"19970101", mk(1997, 1, 1)}, {"1997-01-01", mk(1997, 1, 1)},
       {"1997-07-16T19:20:30+01:00", mk(1997, 7, 16, 19, 20, 30, 0, 60)},
       {"19970716T192030-0530", mk(1997, 7, 16, 19, 20, 30, 0, -330)},
       {"19970716T192030+01", mk(1997, 7, 16, 19, 20, 30, 0, 60)},
@@ -133,7 +102,7 @@ TEST(IsoDt, DecodesWhatPhonesSend) {
       {"99991231T235959+2359", mk(9999, 12, 31, 23, 59, 59, 0, 1439)},
       {"20000229", mk(2000, 2, 29)},
   };
-  for (const Row &r : rows) {
+  for (const auto &r : rows) {
     const auto got = dec(r.text);
     ASSERT_TRUE(got) << r.text;
     EXPECT_EQ(show(*got), show(r.want)) << r.text;
@@ -158,23 +127,16 @@ TEST(IsoDt, RefusesNonDates) {
 }
 
 TEST(IsoDt, EncodesBasicForm) {
-  struct Row {
-    KvoDt dt;
-    const char *want;
-  } const rows[] = {
-      {mk(1997, 1, 1, 9), "19970101T090000"},
-      {mk(1997, 1, 1, 9, 0, 0, 0, 0), "19970101T090000Z"},
+  const struct { KvoDt dt; const char *want; } rows[] = {
+      {mk(1997, 1, 1, 9), "19970101T090000"}, {mk(1997, 1, 1, 9, 0, 0, 0, 0), "19970101T090000Z"},
       {mk(1997, 1, 1, 9, 5, 7, 0, 60), "19970101T090507+0100"},
       {mk(1997, 1, 1, 9, 5, 7, 0, -330), "19970101T090507-0530"},
-      {mk(1997, 1, 1, 9, 5, 7, 50, NZ), "19970101T090507.050"},
-      {mk(1997, 1, 1), "19970101"},
+      {mk(1997, 1, 1, 9, 5, 7, 50, NZ), "19970101T090507.050"}, {mk(1997, 1, 1), "19970101"},
       {mk(1997, 1, 1, U, 0, 0, 0, 60), "19970101"},  // a date has no zone to write
-      {mk(1, 2, 3, 4, 5, 6), "00010203T040506"},
-      {mk(U, 1, 1, 9), ""},
-      {mk(1997, 2, 30, 9), ""},
+      {mk(1, 2, 3, 4, 5, 6), "00010203T040506"}, {mk(U, 1, 1, 9), ""}, {mk(1997, 2, 30, 9), ""},
       {mk(1997, 1, 1, 9, 0, 0, 0, 5000), ""},
   };
-  for (const Row &r : rows) EXPECT_EQ(enc(r.dt), r.want) << show(r.dt);
+  for (const auto &r : rows) EXPECT_EQ(enc(r.dt), r.want) << show(r.dt);
 }
 
 // Every month end (and the day after it) of years that stress the leap
@@ -187,18 +149,14 @@ TEST(IsoDt, MonthEndSweepRoundTrips) {
       const bool leap = (y % 4 == 0 && y % 100 != 0) || y % 400 == 0;
       const bool shortMonth = m == 4 || m == 6 || m == 9 || m == 11;
       const int32_t last = m == 2 ? (leap ? 29 : 28) : shortMonth ? 30 : 31;
-      for (int32_t z : zones) {
-        const KvoDt dt = mk(y, m, last, 23, 59, 58, 7, z);
+      std::vector<KvoDt> dts = {mk(y, m, last)};
+      for (int32_t z : zones) dts.push_back(mk(y, m, last, 23, 59, 58, 7, z));
+      for (const KvoDt &dt : dts) {
         const std::string text = enc(dt);
         const auto back = dec(text.c_str());
         ASSERT_TRUE(back) << text;
         EXPECT_EQ(show(*back), show(dt)) << text;
       }
-      const KvoDt dateOnly = mk(y, m, last);
-      const auto back = dec(enc(dateOnly).c_str());
-      ASSERT_TRUE(back);
-      EXPECT_EQ(show(*back), show(dateOnly));
-
       const KvoDt after = mk(y, m, last + 1);
       EXPECT_EQ(KvoDt_chk(&after, 1), 0) << show(after);
       char text[32];
@@ -209,25 +167,19 @@ TEST(IsoDt, MonthEndSweepRoundTrips) {
 }
 
 TEST(IsoDt, EncxWritesUtc) {
-  struct Row {
-    KvoDt dt;
-    int32_t zone;
-    const char *want;
-  } const rows[] = {
-      {mk(1997, 1, 1, 9), NZ, "19970101T090000"},
-      {mk(1997, 1, 1, 9), 60, "19970101T080000Z"},
+  const struct { KvoDt dt; int32_t zone; const char *want; } rows[] = {
+      {mk(1997, 1, 1, 9), NZ, "19970101T090000"}, {mk(1997, 1, 1, 9), 60, "19970101T080000Z"},
       {mk(1997, 1, 1, 9), -300, "19970101T140000Z"},
-      {mk(1997, 1, 1, 0, 30), 60, "19961231T233000Z"},          // back over a year
+      {mk(1997, 1, 1, 0, 30), 60, "19961231T233000Z"},  // back over a year
       {mk(2000, 2, 28, 23, 0, 0, 0, -90), 0, "20000229T003000Z"},  // own zone wins
       {mk(1900, 2, 28, 23, 0, 0, 0, -90), 600, "19000301T003000Z"},
       {mk(1997, 1, 1, 9, 0, 0, 250, 0), 120, "19970101T090000.250Z"},
       {mk(1997, 1, 1), 60, "19970101"},
       {mk(1997, 1, 1, 9), 0x7FFFFFFF, "19970101T090000"},  // no such offset
-      {mk(1, 1, 1, 0, 30), 60, "00010101T003000+0100"},    // UTC is before year 1
-      {mk(9999, 12, 31, 23, 0, 0, 0, -120), 0, "99991231T230000-0200"},
-      {mk(U, 1, 1, 9), 60, ""},
+      {mk(1, 1, 1, 0, 30), 60, "00010101T003000+0100"},  // UTC is before year 1
+      {mk(9999, 12, 31, 23, 0, 0, 0, -120), 0, "99991231T230000-0200"}, {mk(U, 1, 1, 9), 60, ""},
   };
-  for (const Row &r : rows) EXPECT_EQ(encx(r.dt, r.zone), r.want) << show(r.dt) << " at " << r.zone;
+  for (const auto &r : rows) EXPECT_EQ(encx(r.dt, r.zone), r.want) << show(r.dt) << " @" << r.zone;
 }
 
 // Checks the calendar arithmetic against the C library's own (timegm and
@@ -260,18 +212,15 @@ TEST(KvoDt, ToLocUsesProcessZone) {
   const std::string saved = old ? old : "";
   setenv("TZ", "UTC-2", 1);  // POSIX sign: two hours east of UTC
   tzset();
-  struct Row {
-    KvoDt src;
-    const char *want;
-  } const rows[] = {
+  const struct { KvoDt src; const char *want; } rows[] = {
       {mk(1997, 1, 1, 9, 0, 0, 0, 0), "1997/1/1 11:0:0.0 z-"},
       {mk(1997, 12, 31, 23, 30, 0, 5, 0), "1998/1/1 1:30:0.5 z-"},
       {mk(1997, 1, 1, 9, 0, 0, 0, -300), "1997/1/1 16:0:0.0 z-"},
-      {mk(1997, 1, 1, 9), "1997/1/1 9:0:0.0 z-"},       // floating: unchanged
-      {mk(1997, 1, 1), "1997/1/1 -:0:0.0 z-"},          // date alone: unchanged
+      {mk(1997, 1, 1, 9), "1997/1/1 9:0:0.0 z-"},  // floating: unchanged
+      {mk(1997, 1, 1), "1997/1/1 -:0:0.0 z-"},  // date alone: unchanged
       {mk(1997, 2, 30, 9, 0, 0, 0, 0), "1997/2/30 9:0:0.0 z0"},  // unusable: unchanged
   };
-  for (const Row &r : rows) {
+  for (const auto &r : rows) {
     KvoDt dst;
     KvoDt_init(&dst);
     EXPECT_EQ(show(*KvoDt_toLoc(&dst, &r.src)), r.want);
@@ -291,31 +240,20 @@ std::optional<KvoDur> decDur(const char *text) {
 }
 
 TEST(IsoDur, DecodesToNormalForm) {
-  struct Row {
-    const char *text;
-    KvoDur want;
-    const char *back;  // what the writer gives for it
-  } const rows[] = {
-      {"PT5M", {0, 0, 0, 0, 0, 5, 0}, "PT5M"},
-      {"P1W", {0, 0, 1, 0, 0, 0, 0}, "P1W"},
-      {"P1DT2H", {0, 0, 0, 1, 2, 0, 0}, "P1DT2H"},
-      {"-PT15M", {0, 0, 0, 0, 0, -15, 0}, "-PT15M"},
-      {"+P1D", {0, 0, 0, 1, 0, 0, 0}, "P1D"},
-      {"P0D", {0, 0, 0, 0, 0, 0, 0}, "PT0S"},
-      {"-P0D", {0, 0, 0, 0, 0, 0, 0}, "PT0S"},
-      {"PT1H30M15S", {0, 0, 0, 0, 1, 30, 15}, "PT1H30M15S"},
-      {"PT90M", {0, 0, 0, 0, 1, 30, 0}, "PT1H30M"},
-      {"P14D", {0, 0, 2, 0, 0, 0, 0}, "P2W"},
-      {"P1W2D", {0, 0, 0, 9, 0, 0, 0}, "P9D"},
-      {"P2WT1H", {0, 0, 0, 14, 1, 0, 0}, "P14DT1H"},
-      {"P1M14D", {0, 1, 0, 14, 0, 0, 0}, "P1M14D"},
-      {"P1Y13M", {2, 1, 0, 0, 0, 0, 0}, "P2Y1M"},
+  // `back` is what the writer gives for the value read.
+  const struct { const char *text; KvoDur want; const char *back; } rows[] = {
+      {"P1DT2H", {0, 0, 0, 1, 2, 0, 0}, "P1DT2H"}, {"-PT15M", {0, 0, 0, 0, 0, -15, 0}, "-PT15M"},
+      {"+P1D", {0, 0, 0, 1, 0, 0, 0}, "P1D"}, {"P0D", {0, 0, 0, 0, 0, 0, 0}, "PT0S"},
+      {"-P0D", {0, 0, 0, 0, 0, 0, 0}, "PT0S"}, {"PT1H30M5S", {0, 0, 0, 0, 1, 30, 5}, "PT1H30M5S"},
+      {"PT90M", {0, 0, 0, 0, 1, 30, 0}, "PT1H30M"}, {"P14D", {0, 0, 2, 0, 0, 0, 0}, "P2W"},
+      {"P1W2D", {0, 0, 0, 9, 0, 0, 0}, "P9D"}, {"P2WT1H", {0, 0, 0, 14, 1, 0, 0}, "P14DT1H"},
+      {"P1M14D", {0, 1, 0, 14, 0, 0, 0}, "P1M14D"}, {"P1Y13M", {2, 1, 0, 0, 0, 0, 0}, "P2Y1M"},
       {"PT24H", {0, 0, 0, 0, 24, 0, 0}, "PT24H"},  // not a day
       {" -P1Y2M3DT4H5M6S\t", {-1, -2, 0, -3, -4, -5, -6}, "-P1Y2M3DT4H5M6S"},
       {"PT2147483647S", {0, 0, 0, 0, 596523, 14, 7}, "PT596523H14M7S"},
       {"P000000000000000001D", {0, 0, 0, 1, 0, 0, 0}, "P1D"},
   };
-  for (const Row &r : rows) {
+  for (const auto &r : rows) {
     const auto got = decDur(r.text);
     ASSERT_TRUE(got) << r.text;
     EXPECT_EQ(show(*got), show(r.want)) << r.text;
@@ -336,38 +274,26 @@ TEST(IsoDur, RefusesBadText) {
 }
 
 TEST(IsoDur, EncodesCallerValues) {
-  struct Row {
-    KvoDur dur;
-    const char *want;
-  } const rows[] = {
-      {{U, 0, 0, 0, U, 0, 0}, ""},
-      {{0, 0, 0, 0, 0, 0, 0}, "PT0S"},
+  const struct { KvoDur dur; const char *want; } rows[] = {
+      {{U, 0, 0, 0, U, 0, 0}, ""}, {{0, 0, 0, 0, 0, 0, 0}, "PT0S"},
       {{U, 0, 0, 0, 0, 5, 0}, "PT5M"},  // one unset word counts as 0
-      {{0, 0, 0, 0, U, 5, 0}, "PT5M"},
-      {{0, 0, 1, 0, 0, 0, 0}, "P1W"},
-      {{0, 0, 1, 1, 0, 0, 0}, "P8D"},
-      {{0, 0, 0, 7, 0, 0, 0}, "P1W"},
+      {{0, 0, 0, 0, U, 5, 0}, "PT5M"}, {{0, 0, 1, 0, 0, 0, 0}, "P1W"},
+      {{0, 0, 1, 1, 0, 0, 0}, "P8D"}, {{0, 0, 0, 7, 0, 0, 0}, "P1W"},
       {{0, 0, 0, 0, 0, 0, -3600}, "-PT1H"},
       {{0, 0, 0, 1, -1, 0, 0}, ""},  // measures of both signs have no ISO text
       {{0, 0, 0, 0, INT32_MAX, INT32_MAX, 0}, ""},  // its hours do not fit
       {{INT32_MAX, 11, 0, 0, 0, 0, 0}, "P2147483647Y11M"},
   };
-  for (const Row &r : rows) EXPECT_EQ(encDur(r.dur), r.want) << show(r.dur);
+  for (const auto &r : rows) EXPECT_EQ(encDur(r.dur), r.want) << show(r.dur);
 }
 
 TEST(Version, WordsAndText) {
-  struct Row {
-    uint32_t ver;
-    const char *text;
-  } const rows[] = {
-      {0x201, "2.1"}, {0x100, "1.0"},  {0x300, "3.0"},
-      {0x20A, "2.10"}, {0x2FF, "2.255"}, {0x101, "1.1"},
-  };
-  for (const Row &r : rows) {
-    char buf[16];
-    std::memset(buf, 'x', sizeof buf);
-    EXPECT_STREQ(ver_to_ver_str(r.ver, buf, sizeof buf, 0), r.text);
-    EXPECT_EQ(ver_str_to_ver(r.text), r.ver) << r.text;
+  const std::pair<uint32_t, const char *> rows[] = {
+      {0x201, "2.1"}, {0x100, "1.0"}, {0x300, "3.0"}, {0x20A, "2.10"}, {0x2FF, "2.255"}};
+  for (const auto &[ver, text] : rows) {
+    char buf[16] = "xxxxxxxxxxxxxxx";
+    EXPECT_STREQ(ver_to_ver_str(ver, buf, sizeof buf, 0), text);
+    EXPECT_EQ(ver_str_to_ver(text), ver) << text;
   }
   char small[3] = {'x', 'x', 'x'};
   EXPECT_STREQ(ver_to_ver_str(0x201, small, sizeof small, 0), "2.");
