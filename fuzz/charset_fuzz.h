@@ -10,18 +10,10 @@
 #include <cstring>
 #include <string>
 
+#include "fuzz_check.h"
 #include "tarnex/strm.h"
 
 namespace charset_fuzz {
-
-// Not a use of assert(): this must hold in release builds too.
-#define CHARSET_FUZZ_CHECK(cond)                                              \
-  do {                                                                       \
-    if (!(cond)) {                                                           \
-      std::fprintf(stderr, "%s:%d: check failed: %s\n", __FILE__, __LINE__, #cond); \
-      std::abort();                                                          \
-    }                                                                        \
-  } while (0)
 
 // Well-formed UTF-8 as Unicode defines it: shortest forms, no surrogates,
 // nothing above U+10FFFF, no cut sequence.

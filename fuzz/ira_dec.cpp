@@ -11,17 +11,9 @@
 #include <string>
 #include <vector>
 
+#include "fuzz_check.h"
 #include "tarnex/codec.h"
 #include "tarnex/scratch.hpp"
-
-#define IRA_FUZZ_CHECK(cond)                                              \
-  do {                                                                    \
-    if (!(cond)) {                                                        \
-      std::fprintf(stderr, "%s:%d: check failed: %s\n", __FILE__, __LINE__, \
-                   #cond);                                                \
-      std::abort();                                                       \
-    }                                                                     \
-  } while (0)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   if (size < 1 || size > (1u << 20)) return 0;
@@ -34,25 +26,25 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
 
   std::vector<uint8_t> buf(static_cast<size_t>(room));
   const int32_t n = ira_dec_str_to_buf(text.c_str(), len, buf.data(), room);
-  IRA_FUZZ_CHECK(n >= 0 && n <= room);
-  IRA_FUZZ_CHECK(len < 0 || 2 * n <= len);
+  FUZZ_CHECK(n >= 0 && n <= room);
+  FUZZ_CHECK(len < 0 || 2 * n <= len);
 
   const int32_t small = room > 0 ? data[0] % (room + 1) : 0;
   std::vector<uint8_t> part(static_cast<size_t>(small));
   const int32_t m = ira_dec_str_to_buf(text.c_str(), len, part.data(), small);
-  IRA_FUZZ_CHECK(m == std::min(n, small));
-  IRA_FUZZ_CHECK(std::equal(part.begin(), part.begin() + m, buf.begin()));
+  FUZZ_CHECK(m == std::min(n, small));
+  FUZZ_CHECK(std::equal(part.begin(), part.begin() + m, buf.begin()));
 
   tarnex::ScratchMemStrm out(0);
-  IRA_FUZZ_CHECK(ira_dec_str_to_strm(text.c_str(), len, out) == n);
-  IRA_FUZZ_CHECK(IStrm_size(out) == n);
-  IRA_FUZZ_CHECK(std::equal(buf.begin(), buf.begin() + n, MemStrm_data(out)));
+  FUZZ_CHECK(ira_dec_str_to_strm(text.c_str(), len, out) == n);
+  FUZZ_CHECK(IStrm_size(out) == n);
+  FUZZ_CHECK(std::equal(buf.begin(), buf.begin() + n, MemStrm_data(out)));
 
   std::vector<char> hex(2 * static_cast<size_t>(n) + 1);
-  IRA_FUZZ_CHECK(ira_enc_buf_from_buf(hex.data(), static_cast<int32_t>(hex.size()), buf.data(),
+  FUZZ_CHECK(ira_enc_buf_from_buf(hex.data(), static_cast<int32_t>(hex.size()), buf.data(),
                                       n) == 2 * n);
   for (int32_t i = 0; i < 2 * n; ++i)
-    IRA_FUZZ_CHECK(hex[i] == std::toupper(static_cast<unsigned char>(text[i])));
-  IRA_FUZZ_CHECK(hex[2 * n] == '\0');
+    FUZZ_CHECK(hex[i] == std::toupper(static_cast<unsigned char>(text[i])));
+  FUZZ_CHECK(hex[2 * n] == '\0');
   return 0;
 }

@@ -21,7 +21,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
     const int64_t at = IStrm_tell(in);
     if (code == 0 && at > 0) {
       const char prev = text[static_cast<size_t>(at - 1)];
-      LEX_FUZZ_CHECK(prev == '\r' || prev == '\n');
+      FUZZ_CHECK(prev == '\r' || prev == '\n');
     }
     return code;
   });

@@ -12,16 +12,9 @@
 #include <functional>
 #include <string>
 
+#include "fuzz_check.h"
 #include "tarnex/lex.h"
 #include "tarnex/scratch.hpp"
-
-#define LEX_FUZZ_CHECK(cond)                                                        \
-  do {                                                                              \
-    if (!(cond)) {                                                                  \
-      std::fprintf(stderr, "%s:%d: check failed: %s\n", __FILE__, __LINE__, #cond); \
-      std::abort();                                                                 \
-    }                                                                               \
-  } while (0)
 
 namespace lexfuzz {
 
@@ -78,16 +71,16 @@ inline std::string trace(const Step &step, IStrm *in) {
     const int64_t before = IStrm_tell(in);
     const int32_t code = step(in, val);
     const int64_t after = IStrm_tell(in);
-    LEX_FUZZ_CHECK(after >= before && after <= size);
-    LEX_FUZZ_CHECK(IStrm_size(val) <= after - before);
+    FUZZ_CHECK(after >= before && after <= size);
+    FUZZ_CHECK(IStrm_size(val) <= after - before);
     out += contents(val);
     out += "|" + std::to_string(code) + "@" + std::to_string(after) + "\n";
     if (code < 0) {
-      LEX_FUZZ_CHECK(code == KVO_EOS);
-      LEX_FUZZ_CHECK(after == size);
+      FUZZ_CHECK(code == KVO_EOS);
+      FUZZ_CHECK(after == size);
       return out;
     }
-    LEX_FUZZ_CHECK(after > before);
+    FUZZ_CHECK(after > before);
   }
 }
 
@@ -98,11 +91,11 @@ inline void checkFeeds(const std::string &text, int64_t chunk, const Step &step)
 
   tarnex::ScratchStrStrm in1(text);
   Narrow none{{&kNoPeekOps}, in1.get(), 0};
-  LEX_FUZZ_CHECK(trace(step, &none.base) == want);
+  FUZZ_CHECK(trace(step, &none.base) == want);
 
   tarnex::ScratchStrStrm in2(text);
   Narrow some{{&kNarrowOps}, in2.get(), chunk};
-  LEX_FUZZ_CHECK(trace(step, &some.base) == want);
+  FUZZ_CHECK(trace(step, &some.base) == want);
 }
 
 }  // namespace lexfuzz

@@ -11,17 +11,9 @@
 #include <string>
 #include <vector>
 
+#include "fuzz_check.h"
 #include "tarnex/codec.h"
 #include "tarnex/scratch.hpp"
-
-#define QP_FUZZ_CHECK(cond)                                               \
-  do {                                                                    \
-    if (!(cond)) {                                                        \
-      std::fprintf(stderr, "%s:%d: check failed: %s\n", __FILE__, __LINE__, \
-                   #cond);                                                \
-      std::abort();                                                       \
-    }                                                                     \
-  } while (0)
 
 namespace {
 
@@ -36,21 +28,21 @@ void checkLayout(const std::string &t, int32_t width, int32_t column) {
   for (size_t i = 0; i < t.size(); ++i) {
     const unsigned char c = static_cast<unsigned char>(t[i]);
     if (c == '=' && t.compare(i + 1, 2, "\r\n") == 0) {
-      QP_FUZZ_CHECK(col + 1 <= limit || (i == 0 && column >= width));
-      QP_FUZZ_CHECK(i == 0 || (t[i - 1] != ' ' && t[i - 1] != '\t'));
+      FUZZ_CHECK(col + 1 <= limit || (i == 0 && column >= width));
+      FUZZ_CHECK(i == 0 || (t[i - 1] != ' ' && t[i - 1] != '\t'));
       i += 2;
       col = 0;
       continue;
     }
-    QP_FUZZ_CHECK((c >= 0x21 && c <= 0x7E) || c == ' ' || c == '\t');
-    if (c == ' ' || c == '\t') QP_FUZZ_CHECK(col > 0 && i + 1 < t.size());
+    FUZZ_CHECK((c >= 0x21 && c <= 0x7E) || c == ' ' || c == '\t');
+    if (c == ' ' || c == '\t') FUZZ_CHECK(col > 0 && i + 1 < t.size());
     size_t len = 1;
     if (c == '=') {
-      QP_FUZZ_CHECK(i + 2 < t.size() && isHexUpper(t[i + 1]) && isHexUpper(t[i + 2]));
+      FUZZ_CHECK(i + 2 < t.size() && isHexUpper(t[i + 1]) && isHexUpper(t[i + 2]));
       len = 3;
     }
     col += len;
-    QP_FUZZ_CHECK(col <= limit);
+    FUZZ_CHECK(col <= limit);
     i += len - 1;
   }
 }
@@ -63,27 +55,21 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   const int32_t column = data[1] % 100;
   const std::string text(reinterpret_cast<const char *>(data + 2), size - 2);
   const int32_t room = static_cast<int32_t>(text.size());
-
-  std::vector<uint8_t> buf(static_cast<size_t>(room) + 1);
-  const int32_t n = qp_dec_str_to_buf(text.c_str(), buf.data(), room + 1);
-  QP_FUZZ_CHECK(n >= 0 && n <= room);
-  const int32_t small = room > 0 ? data[1] % (room + 1) : 0;
-  std::vector<uint8_t> part(static_cast<size_t>(small));
-  const int32_t m = qp_dec_str_to_buf(text.c_str(), part.data(), small);
-  QP_FUZZ_CHECK(m == std::min(n, small));
-  QP_FUZZ_CHECK(std::equal(part.begin(), part.begin() + m, buf.begin()));
+  const std::vector<uint8_t> buf =
+      fuzz::decodeBounded(qp_dec_str_to_buf, text, room > 0 ? data[1] % (room + 1) : 0);
+  const int32_t n = static_cast<int32_t>(buf.size());
 
   tarnex::ScratchStrStrm in(reinterpret_cast<const char *>(buf.data()), n);
   tarnex::ScratchMemStrm out(0);
   const int32_t len = qp_enc_strm_from_strm(out, in, width, column);
-  QP_FUZZ_CHECK(len >= 0 && len == IStrm_size(out));
+  FUZZ_CHECK(len >= 0 && len == IStrm_size(out));
   const std::string coded(reinterpret_cast<const char *>(MemStrm_data(out)),
                           static_cast<size_t>(len));
   checkLayout(coded, width, column);
   std::vector<uint8_t> back(coded.size() + 1);
   const int32_t k =
       qp_dec_str_to_buf(coded.c_str(), back.data(), static_cast<int32_t>(back.size()));
-  QP_FUZZ_CHECK(k == n);
-  QP_FUZZ_CHECK(std::equal(back.begin(), back.begin() + k, buf.begin()));
+  FUZZ_CHECK(k == n);
+  FUZZ_CHECK(std::equal(back.begin(), back.begin() + k, buf.begin()));
   return 0;
 }

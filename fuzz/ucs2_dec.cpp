@@ -24,23 +24,23 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   tarnex::ScratchStrStrm in(reinterpret_cast<const char *>(data), static_cast<int32_t>(size));
   tarnex::ScratchMemStrm utf8(0);
   const int32_t n = ucs2_strm_to_utf8_strm(in, utf8);
-  CHARSET_FUZZ_CHECK(n >= 0 && n == IStrm_size(utf8));
+  FUZZ_CHECK(n >= 0 && n == IStrm_size(utf8));
   const std::string text = memText(utf8);
-  CHARSET_FUZZ_CHECK(charset_fuzz::validUtf8(reinterpret_cast<const uint8_t *>(text.data()), text.size()));
+  FUZZ_CHECK(charset_fuzz::validUtf8(reinterpret_cast<const uint8_t *>(text.data()), text.size()));
 
   ChunkStrm pieces(data, size, chunk);
   tarnex::ScratchStr<64> str;
   KvoStr_setStr(str, "#");
-  CHARSET_FUZZ_CHECK(ucs2_strm_to_utf8_cstr(&pieces.base, str) == n);
-  CHARSET_FUZZ_CHECK(str.view().substr(1) == text);
+  FUZZ_CHECK(ucs2_strm_to_utf8_cstr(&pieces.base, str) == n);
+  FUZZ_CHECK(str.view().substr(1) == text);
 
   IStrm_rewind(utf8);
   tarnex::ScratchMemStrm ucs2(0);
   IStrm_write(ucs2, "\xFE\xFF", 2);
-  CHARSET_FUZZ_CHECK(utf8_strm_to_ucs2_strm(utf8, ucs2) >= 0);
+  FUZZ_CHECK(utf8_strm_to_ucs2_strm(utf8, ucs2) >= 0);
   IStrm_rewind(ucs2);
   tarnex::ScratchMemStrm back(0);
-  CHARSET_FUZZ_CHECK(ucs2_strm_to_utf8_strm(ucs2, back) == n);
-  CHARSET_FUZZ_CHECK(memText(back) == text);
+  FUZZ_CHECK(ucs2_strm_to_utf8_strm(ucs2, back) == n);
+  FUZZ_CHECK(memText(back) == text);
   return 0;
 }
