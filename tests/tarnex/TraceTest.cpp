@@ -12,6 +12,8 @@
 
 namespace {
 
+using Blocks = std::vector<std::string>;
+
 // Collects every block the sink receives.
 class TraceTest : public testing::Test {
  protected:
@@ -19,58 +21,35 @@ class TraceTest : public testing::Test {
     DbgMng_reset();
     DbgMng_setSink(&TraceTest::collect, this);
   }
-  void TearDown() override {
-    DbgMng_reset();
-    DbgMng_setSink(nullptr, nullptr);
-  }
+  void TearDown() override { DbgMng_reset(), DbgMng_setSink(nullptr, nullptr); }
   static void collect(void *ctx, const char *text, int32_t len) {
-    auto *self = static_cast<TraceTest *>(ctx);
-    std::lock_guard<std::mutex> lock(self->mutex_);
-    self->blocks_.emplace_back(text, static_cast<size_t>(len));
+    std::lock_guard<std::mutex> lock(static_cast<TraceTest *>(ctx)->mutex_);
+    static_cast<TraceTest *>(ctx)->blocks_.emplace_back(text, static_cast<size_t>(len));
   }
-  std::vector<std::string> blocks_;
+  Blocks blocks_;
   std::mutex mutex_;
 };
 
-// Every kind of statement, as the libraries write them for module 6.
-void writeEverything() {
-  tout_beg(__FILE__, __LINE__, 6, 0x2, 3);
-  tout_fmt("[%s: %d]", "field", 3);
-  tout_str("text");
-  tout_endx();
+// Every kind of statement, as the libraries write them: a block and a marker
+// pair that follow the selection, and four loose writers that follow only
+// whether tracing is on at all.
+void writeEverything(int32_t module, uint32_t category, int32_t level) {
   const uint8_t bytes[] = {1, 2, 3};
   const KvoWchar wide[] = {'w', 0};
+  tout_beg(__FILE__, __LINE__, module, category, level);
+  tout_fmt("[%s: %d]", "field", 3);
+  tout_endx();
   tout_str("loose");
   tout_fmt("%d", 1);
   tout_hex(bytes, 3);
   tout_wcs(wide);
-  DbgMng_outFbeg("fn", __FILE__, __LINE__, 6, 0x8, 3);
-  DbgMng_outFend("fn", __FILE__, __LINE__, 6, 0x8, 3);
+  DbgMng_outFbeg("fn", __FILE__, __LINE__, module, category, level);
+  DbgMng_outFend("fn", __FILE__, __LINE__, module, category, level);
 }
 
-TEST_F(TraceTest, NothingReachesTheSinkWhenOff) {
-  EXPECT_EQ(kvo_trc_enabled(), 0);
-  writeEverything();
-  EXPECT_TRUE(blocks_.empty());
-
-  // Switching the only selected module off again is "off" too.
-  DbgMng_select(6, 0x8, 3);
-  EXPECT_NE(kvo_trc_enabled(), 0);
-  DbgMng_select(6, 0, 3);
-  EXPECT_EQ(kvo_trc_enabled(), 0);
-  EXPECT_EQ(DbgMng_enabled__(6, 0x8, 1), 0);
-  writeEverything();
-  EXPECT_TRUE(blocks_.empty());
-}
-
-struct SelectCase {
-  int32_t selModule;
-  uint32_t selCategories;
-  int32_t selMaxLevel;
-  int32_t module;
-  uint32_t category;
-  int32_t level;
-  bool enabled;
+struct SelectCase {  // what is selected, what a statement asks, and the answer
+  int32_t selModule; uint32_t selCategories; int32_t selMaxLevel;
+  int32_t module; uint32_t category; int32_t level; bool enabled;
 };
 
 constexpr SelectCase kSelectCases[] = {
@@ -90,206 +69,120 @@ constexpr SelectCase kSelectCases[] = {
 };
 
 TEST_F(TraceTest, SelectsByModuleCategoryAndLevel) {
+  writeEverything(6, 0x8, 3);
+  // Switching the only selected module off again is "off" too.
+  DbgMng_select(6, 0x8, 3);
+  DbgMng_select(6, 0, 3);
+  EXPECT_EQ(kvo_trc_enabled(), 0);
+  writeEverything(6, 0x8, 3);
+  EXPECT_TRUE(blocks_.empty()) << "nothing reaches the sink when off";
+
   for (const SelectCase &c : kSelectCases) {
-    SCOPED_TRACE(testing::Message() << "select(" << c.selModule << ", 0x" << std::hex
-                                    << c.selCategories << std::dec << ", " << c.selMaxLevel
-                                    << ") ask(" << c.module << ", 0x" << std::hex << c.category
-                                    << std::dec << ", " << c.level << ")");
+    SCOPED_TRACE("row " + std::to_string(&c - kSelectCases));
     DbgMng_reset();
     blocks_.clear();
     DbgMng_select(c.selModule, c.selCategories, c.selMaxLevel);
     EXPECT_NE(kvo_trc_enabled(), 0);
     EXPECT_EQ(DbgMng_enabled__(c.module, c.category, c.level) != 0, c.enabled);
-
-    // A block and a marker pair follow the same selection.
-    tout_beg(__FILE__, __LINE__, c.module, c.category, c.level);
-    tout_str("block");
-    tout_endx();
-    DbgMng_outFbeg("fn", "f.cpp", 9, c.module, c.category, c.level);
-    DbgMng_outFend("fn", "f.cpp", 9, c.module, c.category, c.level);
-    EXPECT_EQ(blocks_.size(), c.enabled ? 3u : 0u);
+    writeEverything(c.module, c.category, c.level);
+    EXPECT_EQ(blocks_.size(), c.enabled ? 7u : 4u);
   }
 }
 
 TEST_F(TraceTest, BadModuleIsReportedAndChangesNothing) {
-  std::string seen;
-  Tarnex_setAssertHandler(
-      [](void *ctx, const char *text, const char *, int32_t) {
-        *static_cast<std::string *>(ctx) = text;
-      },
-      &seen, nullptr);
+  int reports = 0;
+  auto count = [](void *ctx, const char *, const char *, int32_t) { ++*static_cast<int *>(ctx); };
+  Tarnex_setAssertHandler(count, &reports, nullptr);
   DbgMng_select(16, 0x1, 3);
   DbgMng_select(-2, 0x1, 3);
   Tarnex_setAssertHandler(nullptr, nullptr, nullptr);
-  EXPECT_FALSE(seen.empty());
+  EXPECT_EQ(reports, 2);
   EXPECT_EQ(kvo_trc_enabled(), 0);
 }
 
-TEST_F(TraceTest, BlockArrivesInOnePieceWithOneNewline) {
+TEST_F(TraceTest, BlockGoesOutWholeWithOneNewlineOnlyIfSelected) {
   DbgMng_select(6, 0x2, 3);
   tout_beg(__FILE__, __LINE__, 6, 0x2, 3);
   tout_str("[vcard: ");
   tout_fmt("%d/%d", 12, 300);
   tout_str("]");
   EXPECT_TRUE(blocks_.empty()) << "nothing goes out before the block ends";
-  tout_endx();
-  tout_beg(__FILE__, __LINE__, 6, 0x2, 3);
+  tout_beg(__FILE__, __LINE__, 6, 0x2, 3);  // ends the open block
   tout_str("ends in a newline\n");
   tout_endx();
   tout_endx();  // no block open: nothing
-  ASSERT_EQ(blocks_.size(), 2u);
-  EXPECT_EQ(blocks_[0], "[vcard: 12/300]\n");
-  EXPECT_EQ(blocks_[1], "ends in a newline\n");
-}
-
-TEST_F(TraceTest, UnselectedBlockStaysSilentWhileOthersAreOn) {
-  DbgMng_select(6, 0x8, 3);
-  tout_beg(__FILE__, __LINE__, 6, 0x100, 3);
+  tout_beg(__FILE__, __LINE__, 6, 0x100, 3);  // not selected, though tracing is on
   tout_str("not selected");
   tout_hex("ab", 2);
   tout_endx();
-  tout_str("loose writer");  // outside a block: written, tracing is on
-  ASSERT_EQ(blocks_.size(), 1u);
-  EXPECT_EQ(blocks_[0], "loose writer\n");
+  tout_str("loose writer");  // outside a block: written
+  EXPECT_EQ(blocks_, (Blocks{"[vcard: 12/300]\n", "ends in a newline\n", "loose writer\n"}));
 }
 
-TEST_F(TraceTest, NewBlockEndsTheOpenOne) {
-  DbgMng_select(6, 0x2, 3);
-  tout_beg(__FILE__, __LINE__, 6, 0x2, 3);
-  tout_str("first");
-  tout_beg(__FILE__, __LINE__, 6, 0x2, 3);
-  tout_str("second");
-  tout_endx();
-  EXPECT_EQ(blocks_, (std::vector<std::string>{"first\n", "second\n"}));
-}
-
-TEST_F(TraceTest, LongFormattedText) {
-  DbgMng_select(6, 0x2, 3);
-  const std::string big(10000, 'x');
-  tout_fmt("<%s>", big.c_str());
-  ASSERT_EQ(blocks_.size(), 1u);
-  EXPECT_EQ(blocks_[0], "<" + big + ">\n");
-}
-
-TEST_F(TraceTest, HexSixteenBytesALine) {
+TEST_F(TraceTest, WritersFormatTheirText) {
   DbgMng_select(6, 0x2, 3);
   uint8_t bytes[20];
   for (int i = 0; i < 20; ++i) bytes[i] = static_cast<uint8_t>(0xF0 + i * 7);
   tout_beg(__FILE__, __LINE__, 6, 0x2, 3);
   tout_str("pdu:");
-  tout_hex(bytes, 20);
+  tout_hex(bytes, 20);  // sixteen bytes a line
   tout_hex(bytes, 0);
   tout_hex(bytes, -5);
   tout_hex(nullptr, 4);
   tout_endx();
   tout_hex(bytes, 16);
-  ASSERT_EQ(blocks_.size(), 2u);
-  EXPECT_EQ(blocks_[0],
-            "pdu:\n"
-            "0000: F0 F7 FE 05 0C 13 1A 21 28 2F 36 3D 44 4B 52 59\n"
-            "0010: 60 67 6E 75\n");
-  EXPECT_EQ(blocks_[1], "0000: F0 F7 FE 05 0C 13 1A 21 28 2F 36 3D 44 4B 52 59\n");
-}
-
-TEST_F(TraceTest, WideTextBecomesUtf8) {
-  DbgMng_select(6, 0x2, 3);
   const KvoWchar paired[] = {'A', 0x00E9, 0xD83D, 0xDE00, 'z', 0};
   const KvoWchar lone[] = {0xD83D, 'x', 0xDC00, 0};
   tout_wcs(paired);
   tout_wcs(lone);
   tout_wcs(nullptr);
-  ASSERT_EQ(blocks_.size(), 2u);
-  EXPECT_EQ(blocks_[0], "A\xC3\xA9\xF0\x9F\x98\x80z\n");
-  EXPECT_EQ(blocks_[1], "\xED\xA0\xBDx\xED\xB0\x80\n");
+  const std::string row = "0000: F0 F7 FE 05 0C 13 1A 21 28 2F 36 3D 44 4B 52 59\n";
+  EXPECT_EQ(blocks_, (Blocks{"pdu:\n" + row + "0010: 60 67 6E 75\n", row,
+                             "A\xC3\xA9\xF0\x9F\x98\x80z\n", "\xED\xA0\xBDx\xED\xB0\x80\n"}));
+  blocks_.clear();
+  const std::string big(10000, 'x');  // past any fixed buffer
+  tout_fmt("<%s>", big.c_str());
+  ASSERT_EQ(blocks_.size(), 1u);
+  EXPECT_EQ(blocks_[0], "<" + big + ">\n");
 }
 
-// A stream of the caller's own, over a std::string, with or without peek.
-struct TestStrm {
-  IStrm base;
-  std::string data;
-  int64_t pos = 0;
-};
-
-TestStrm *self(IStrm *s) { return reinterpret_cast<TestStrm *>(s); }
-
-int32_t tsRead(IStrm *s, void *buf, int32_t n) {
-  TestStrm *t = self(s);
-  if (n < 0) return -1;
-  const int64_t left = static_cast<int64_t>(t->data.size()) - t->pos;
-  const int32_t got = left < n ? static_cast<int32_t>(left > 0 ? left : 0) : n;
-  t->data.copy(static_cast<char *>(buf), static_cast<size_t>(got), static_cast<size_t>(t->pos));
-  t->pos += got;
-  return got;
-}
-int32_t tsSeek(IStrm *s, uint32_t low, int32_t high, int32_t whence) {
-  TestStrm *t = self(s);
-  const int64_t off = static_cast<int64_t>((static_cast<uint64_t>(high) << 32) | low);
-  const int64_t end = static_cast<int64_t>(t->data.size());
-  const int64_t base = whence == 0 ? 0 : whence == 1 ? t->pos : end;
-  if (base + off < 0) return -1;
-  t->pos = std::min(base + off, end);
-  return 0;
-}
-int64_t tsTell(IStrm *s) { return self(s)->pos; }
-int64_t tsSize(IStrm *s) { return static_cast<int64_t>(self(s)->data.size()); }
-int64_t tsPeek(IStrm *s, const uint8_t **p) {
-  // Hands out short runs, so the reader must come back for more.
-  TestStrm *t = self(s);
-  const int64_t left = static_cast<int64_t>(t->data.size()) - t->pos;
-  *p = reinterpret_cast<const uint8_t *>(t->data.data() + t->pos);
-  return left < 1000 ? left : 1000;
-}
-
-constexpr IStrmOps kPlainOps = {nullptr, nullptr, nullptr, nullptr, tsRead, nullptr,
-                                tsSeek,  tsTell,  tsSize,  nullptr, nullptr};
-constexpr IStrmOps kPeekOps = {nullptr, nullptr, nullptr, nullptr, tsRead, nullptr,
-                               tsSeek,  tsTell,  tsSize,  nullptr, tsPeek};
+// The built-in string stream, read through the plain read path or peeked in
+// short runs, so that the trace must come back for more.
+IStrmOps gReadOps, gShortPeekOps;
+int64_t (*gPeek)(IStrm *, const uint8_t **);
+int64_t shortPeek(IStrm *s, const uint8_t **p) { return std::min<int64_t>(gPeek(s, p), 1000); }
 
 TEST_F(TraceTest, StreamIsWrittenWholeAndKeepsItsPosition) {
   DbgMng_select(6, 0x100, 3);
   std::string big;
   for (int i = 0; i < 9000; ++i) big.push_back(static_cast<char>('a' + i % 26));
-  struct Case {
-    const IStrmOps *ops;
-    std::string content;
-    int64_t pos;
-  };
-  const Case cases[] = {
-      {&kPlainOps, "BEGIN:VCARD\r\nEND:VCARD\r\n", 5},
-      {&kPeekOps, "BEGIN:VCARD\r\nEND:VCARD\r\n", 24},
-      {&kPlainOps, big, 4097},
-      {&kPeekOps, big, 0},
-      {&kPlainOps, "", 0},
-  };
-  for (const Case &c : cases) {
-    SCOPED_TRACE(testing::Message() << (c.ops == &kPeekOps ? "peek " : "read ")
-                                    << c.content.size() << " bytes at " << c.pos);
+  const std::string card = "BEGIN:VCARD\r\nEND:VCARD\r\n";
+  const struct { bool peek; std::string content; int64_t pos; } cases[] = {
+      {false, card, 5}, {true, card, 24}, {false, big, 4097}, {true, big, 0}, {false, "", 0}};
+  for (const auto &c : cases) {
+    SCOPED_TRACE(&c - cases);
     blocks_.clear();
-    TestStrm strm{{c.ops}, c.content, c.pos};
+    StrStrm storage;
+    IStrm *s = StrStrm_xcreate__(&storage, c.content.data(), static_cast<int32_t>(c.content.size()),
+                                 __FILE__, __LINE__);
+    gReadOps = gShortPeekOps = *s->ops;
+    gPeek = s->ops->peek;
+    gReadOps.peek = nullptr;
+    gShortPeekOps.peek = shortPeek;
+    s->ops = c.peek ? &gShortPeekOps : &gReadOps;
+    ASSERT_EQ(IStrm_seek(s, c.pos, KVO_SEEK_SET), 0);
     tout_beg(__FILE__, __LINE__, 6, 0x100, 3);
-    tout_tstrm(&strm.base);
+    tout_tstrm(s);
     tout_endx();
-    EXPECT_EQ(strm.pos, c.pos);
-    if (c.content.empty()) {
+    EXPECT_EQ(IStrm_tell(s), c.pos);
+    if (c.content.empty())
       EXPECT_TRUE(blocks_.empty());
-    } else {
-      ASSERT_EQ(blocks_.size(), 1u);
-      EXPECT_EQ(blocks_[0], c.content.back() == '\n' ? c.content : c.content + "\n");
-    }
+    else
+      EXPECT_EQ(blocks_, Blocks{c.content.back() == '\n' ? c.content : c.content + "\n"});
+    IStrm_delete(s);
   }
   tout_tstrm(nullptr);
-  EXPECT_EQ(blocks_.size(), 0u);
-}
-
-TEST_F(TraceTest, MarkersNameTheFunctionAndItsPlace) {
-  DbgMng_select(6, 0x8, 3);
-  tout_beg(__FILE__, __LINE__, 6, 0x8, 3);
-  tout_str("inside");
-  DbgMng_outFbeg("PbItem_new", "Src/PbItem.cpp", 88, 6, 0x8, 3);
-  DbgMng_outFend("PbItem_new", "Src/PbItem.cpp", 88, 6, 0x8, 3);
-  tout_endx();
-  EXPECT_EQ(blocks_, (std::vector<std::string>{">> PbItem_new (Src/PbItem.cpp:88)\n",
-                                                "<< PbItem_new\n", "inside\n"}));
+  EXPECT_TRUE(blocks_.empty());
 }
 
 TEST_F(TraceTest, BlocksOfThreadsDoNotInterleave) {
@@ -306,37 +199,38 @@ TEST_F(TraceTest, BlocksOfThreadsDoNotInterleave) {
     });
   for (auto &th : threads) th.join();
   ASSERT_EQ(blocks_.size(), static_cast<size_t>(kThreads * kBlocks));
-  for (const std::string &b : blocks_) {
-    const char c = b[0];
-    const std::string whole = std::string{c, '0', c, '1', c, '2', c, '3', c, '4', '\n'};
-    ASSERT_EQ(b, whole);
-  }
+  for (const std::string &b : blocks_)
+    ASSERT_EQ(b, (std::string{b[0], '0', b[0], '1', b[0], '2', b[0], '3', b[0], '4', '\n'}));
 }
 
 TEST_F(TraceTest, SinkThatTracesDoesNotRecurse) {
   static int calls = 0;
   calls = 0;
-  DbgMng_setSink(
-      [](void *, const char *, int32_t) {
-        ++calls;
-        tout_str("from the sink");
-        DbgMng_outFbeg("sink", "s.cpp", 1, 6, 0x2, 3);
-      },
-      nullptr);
+  auto tracingSink = [](void *, const char *, int32_t) {
+    ++calls;
+    tout_str("from the sink");
+    DbgMng_outFbeg("sink", "s.cpp", 1, 6, 0x2, 3);
+  };
+  DbgMng_setSink(tracingSink, nullptr);
   DbgMng_select(6, 0x2, 3);
   tout_str("one");
   tout_str("two");
   EXPECT_EQ(calls, 2);
 }
 
-TEST_F(TraceTest, NullSinkWritesToStderr) {
+// Markers name the function and its place and go out at once, even inside
+// an open block; with no sink everything goes to stderr.
+TEST_F(TraceTest, MarkersAndANullSink) {
   DbgMng_setSink(nullptr, nullptr);
-  DbgMng_select(6, 0x2, 3);
+  DbgMng_select(6, 0x8, 3);
   testing::internal::CaptureStderr();
-  DbgMng_outFbeg("Vcard_dec", "Src/VcardEd.cpp", 5, 6, 0x2, 3);
-  tout_str("to stderr");
+  tout_beg(__FILE__, __LINE__, 6, 0x8, 3);
+  tout_str("inside");
+  DbgMng_outFbeg("PbItem_new", "Src/PbItem.cpp", 88, 6, 0x8, 3);
+  DbgMng_outFend("PbItem_new", "Src/PbItem.cpp", 88, 6, 0x8, 3);
+  tout_endx();
   EXPECT_EQ(testing::internal::GetCapturedStderr(),
-            ">> Vcard_dec (Src/VcardEd.cpp:5)\nto stderr\n");
+            ">> PbItem_new (Src/PbItem.cpp:88)\n<< PbItem_new\ninside\n");
 }
 
 }  // namespace
