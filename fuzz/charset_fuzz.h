@@ -11,6 +11,7 @@
 #include <string>
 
 #include "fuzz_check.h"
+#include "tarnex/scratch.hpp"
 #include "tarnex/strm.h"
 
 namespace charset_fuzz {
@@ -78,6 +79,19 @@ struct ChunkStrm {
 
 inline std::string memText(IStrm *s) {
   return {reinterpret_cast<const char *>(MemStrm_data(s)), static_cast<size_t>(IStrm_size(s))};
+}
+
+// Converts the whole input with `convert` into a memory stream and checks
+// that the count is the stream's size and the text well-formed UTF-8.
+template <class Convert>
+std::string convertChecked(Convert convert, const uint8_t *data, size_t size) {
+  tarnex::ScratchStrStrm in(reinterpret_cast<const char *>(data), static_cast<int32_t>(size));
+  tarnex::ScratchMemStrm utf8(0);
+  const int32_t n = convert(in, utf8);
+  FUZZ_CHECK(n >= 0 && n == IStrm_size(utf8));
+  std::string text = memText(utf8);
+  FUZZ_CHECK(validUtf8(reinterpret_cast<const uint8_t *>(text.data()), text.size()));
+  return text;
 }
 
 }  // namespace charset_fuzz

@@ -21,12 +21,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   ++data;
   --size;
 
-  tarnex::ScratchStrStrm in(reinterpret_cast<const char *>(data), static_cast<int32_t>(size));
-  tarnex::ScratchMemStrm utf8(0);
-  const int32_t n = ucs2_strm_to_utf8_strm(in, utf8);
-  FUZZ_CHECK(n >= 0 && n == IStrm_size(utf8));
-  const std::string text = memText(utf8);
-  FUZZ_CHECK(charset_fuzz::validUtf8(reinterpret_cast<const uint8_t *>(text.data()), text.size()));
+  const std::string text = charset_fuzz::convertChecked(ucs2_strm_to_utf8_strm, data, size);
+  const auto n = static_cast<int32_t>(text.size());
 
   ChunkStrm pieces(data, size, chunk);
   tarnex::ScratchStr<64> str;
@@ -34,7 +30,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   FUZZ_CHECK(ucs2_strm_to_utf8_cstr(&pieces.base, str) == n);
   FUZZ_CHECK(str.view().substr(1) == text);
 
-  IStrm_rewind(utf8);
+  tarnex::ScratchStrStrm utf8(text);
   tarnex::ScratchMemStrm ucs2(0);
   IStrm_write(ucs2, "\xFE\xFF", 2);
   FUZZ_CHECK(utf8_strm_to_ucs2_strm(utf8, ucs2) >= 0);

@@ -3,6 +3,7 @@
 #define TARNEX_SRC_STRM_IMPL_H
 
 #include <cstdint>
+#include <cstring>
 
 #include "tarnex/strm.h"
 
@@ -36,6 +37,18 @@ inline bool seekTarget(uint32_t low, int32_t high, int32_t whence, int64_t pos, 
 
 // The shared answer to a read or write with a bad length or buffer.
 inline bool badSpan(const void *buf, int32_t n) { return n < 0 || (n > 0 && !buf); }
+
+// read() of the streams whose bytes lie in one buffer: up to n bytes from
+// *pos (which may stand behind the end), moving *pos on.
+inline int32_t readSpan(const uint8_t *data, int64_t size, int64_t *pos, void *buf,
+                        int32_t n) {
+  if (badSpan(buf, n)) return -1;
+  if (*pos >= size || n == 0) return 0;
+  const auto k = static_cast<int32_t>(n < size - *pos ? n : size - *pos);
+  std::memcpy(buf, data + *pos, static_cast<size_t>(k));
+  *pos += k;
+  return k;
+}
 
 }  // namespace tarnex::strm
 

@@ -13,6 +13,7 @@
 namespace {
 
 using tarnex::strm::badSpan;
+using tarnex::strm::readSpan;
 using tarnex::strm::seekTarget;
 
 constexpr int64_t kMinCap = 64;
@@ -90,12 +91,7 @@ int32_t memUngetc(IStrm *s, int32_t) {
 
 int32_t memRead(IStrm *s, void *buf, int32_t n) {
   MemStrm *m = self(s);
-  if (badSpan(buf, n)) return -1;
-  if (m->pos >= m->size || n == 0) return 0;
-  const auto k = static_cast<int32_t>(std::min<int64_t>(n, m->size - m->pos));
-  std::memcpy(buf, m->data + m->pos, static_cast<size_t>(k));
-  m->pos += k;
-  return k;
+  return readSpan(m->data, m->size, &m->pos, buf, n);
 }
 
 int32_t memSeek(IStrm *s, uint32_t low, int32_t high, int32_t whence) {

@@ -12,7 +12,7 @@
 
 namespace {
 
-using tarnex::strm::badSpan;
+using tarnex::strm::readSpan;
 using tarnex::strm::seekTarget;
 
 StrStrm *self(IStrm *s) { return reinterpret_cast<StrStrm *>(s); }
@@ -35,12 +35,7 @@ int32_t strUngetc(IStrm *s, int32_t) {
 
 int32_t strRead(IStrm *s, void *buf, int32_t n) {
   StrStrm *t = self(s);
-  if (badSpan(buf, n)) return -1;
-  if (t->pos >= t->size || n == 0) return 0;
-  const auto k = static_cast<int32_t>(std::min<int64_t>(n, t->size - t->pos));
-  std::memcpy(buf, t->data + t->pos, static_cast<size_t>(k));
-  t->pos += k;
-  return k;
+  return readSpan(t->data, t->size, &t->pos, buf, n);
 }
 
 int32_t strSeek(IStrm *s, uint32_t low, int32_t high, int32_t whence) {
