@@ -164,9 +164,9 @@ TEST_F(Vcard, DecodeStreamFields) {
   EXPECT_EQ(card({"PHOTO;ENCODING=BASE64;TYPE=X:", " YWJj", "", "PHOTO;VALUE=URL:u",
                   "LOGO;VALUE=CONTENT-ID;TYPE=GIF:c1", "SOUND;JPEG:xy",
                   "PHOTO;TYPE=ABCDEFGHIJKLMNOP:z", "PHOTO;VALUE=URL;TYPE=X:",
-                  "PHOTO;TYPE=\"JPEG\":z", "PHOTO;TYPE=\"a:b\";X=1:z"}),
+                  "PHOTO;TYPE=\"JPEG\":z", "PHOTO;TYPE=\"a:b\";X=1:z", "PHOTO;TYPE=\"b=c\":z"}),
             "P:{X,0,abc}\nP:{,3,u}\nOL:{GIF,4,c1}\nS:{,0,xy}\nP:{ABCDEFGHIJK,0,z}\nP:{X,3,}\n"
-            "P:{JPEG,0,z}\nP:{a,0,z}\n");
+            "P:{JPEG,0,z}\nP:{a,0,z}\nP:{b,0,z}\n");
 }
 
 TEST_F(Vcard, DecodeVersionAndLuid) {
@@ -277,8 +277,10 @@ TEST_F(Vcard, EncodeSkipsAndStreamValues) {
   EXPECT_EQ(body(), "PHOTO;VALUE=URL;TYPE=X:http://u\r\nLOGO;VALUE=CONTENT-ID:c\\;1\r\n");
   EXPECT_EQ(rc_, 0);
   // A caller's format never breaks the line: it ends before a separator.
-  PbSval_setx(&PbItem_at(&item_, 6)->sval, wide(u"u"), -1, VPI_LOC_URL, "A:B");
-  EXPECT_EQ(body().substr(0, 30), "PHOTO;VALUE=URL;TYPE=A:u\r\nLOGO");
+  for (const char *fmt : {"A:B", "A=B", "A;B", "A\"B"}) {
+    PbSval_setx(&PbItem_at(&item_, 6)->sval, wide(u"u"), -1, VPI_LOC_URL, fmt);
+    EXPECT_EQ(body().substr(0, 30), "PHOTO;VALUE=URL;TYPE=A:u\r\nLOGO") << fmt;
+  }
   // A file that can't be read is the card's result; END is still written.
   PbSval_setx(&put(8, "S")->sval, wide(u"/no/such/file"), -1, VPI_LOC_FILE, nullptr);
   put(9, "N", {"after"});

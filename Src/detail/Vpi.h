@@ -18,13 +18,15 @@ inline const char *escapeSet(const char *escChars) {
 }
 
 // Bytes that end a parameter value on a property line, or open a quoted one.
+// "=" is among them: the parameter reader splits on it, so TYPE=a=b reads as
+// no TYPE at all.
 inline bool endsParamValue(char c) {
-  return c == ';' || c == ':' || c == '"' || c == '\r' || c == '\n';
+  return c == ';' || c == ':' || c == '=' || c == '"' || c == '\r' || c == '\n';
 }
 
 // A parameter value as it can be written back bare, in place: double quotes
-// dropped (TYPE="JPEG" gives JPEG), cut at a ";" or ":" that only the quotes
-// had protected.
+// dropped (TYPE="JPEG" gives JPEG), cut at a ";", ":" or "=" that only the
+// quotes had protected.
 inline void plainParamValue(char *text) {
   char *out = text;
   for (const char *p = text; *p != '\0'; ++p) {
