@@ -1,5 +1,6 @@
 // Parameter text of a property: searched in place, never parsed into a
 // table, since most lines are asked a single question.
+#include <array>
 #include <cstring>
 
 #include "detail/Object.h"
@@ -25,12 +26,51 @@ constexpr WordCode kEncWords[] = {{"QUOTED-PRINTABLE", VPI_ENC_QP},
                                   {"ENCODING=B", VPI_ENC_BASE64}};
 constexpr WordCode kVlWords[] = {{"URL", VPI_LOC_URL}, {"CONTENT-ID", VPI_LOC_CID}};
 
-template <size_t N>
-int32_t searchWords(const KvoStr *params, const WordCode (&table)[N]) {
-  for (const WordCode &row : table)
-    if (kvo_stristr(KvoStr_buf(params), row.word) != nullptr) return row.code;
-  return 0;
+constexpr char lowerAscii(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c + 32) : c; }
+
+bool startsNoCase(const char *text, const char *word) {
+  for (; *word != '\0'; ++text, ++word)
+    if (lowerAscii(*text) != lowerAscii(*word)) return false;
+  return true;
 }
+
+// For each byte, the rows of a table whose word begins with it (either case),
+// one bit a row, so that the search tries a row only where it can start.
+template <size_t N>
+constexpr std::array<uint8_t, 256> firstBytes(const WordCode (&table)[N]) {
+  static_assert(N <= 8);
+  std::array<uint8_t, 256> rows{};
+  for (size_t i = 0; i < N; ++i) {
+    const char c = lowerAscii(table[i].word[0]);
+    rows[static_cast<uint8_t>(c)] |= static_cast<uint8_t>(1u << i);
+    if (c >= 'a' && c <= 'z') rows[static_cast<uint8_t>(c - 32)] |= static_cast<uint8_t>(1u << i);
+  }
+  return rows;
+}
+
+// The text is read once, whatever the number of words: at each byte, only
+// rows earlier than the best found so far are tried, so the result is the
+// same as searching row by row.
+template <size_t N>
+int32_t searchWords(const KvoStr *params, const WordCode (&table)[N],
+                    const std::array<uint8_t, 256> &first) {
+  size_t best = N;
+  for (const char *p = KvoStr_buf(params); *p != '\0' && best != 0; ++p) {
+    uint32_t rows = first[static_cast<uint8_t>(*p)] & ((1u << best) - 1u);
+    for (; rows != 0; rows &= rows - 1) {
+      const size_t i = static_cast<size_t>(__builtin_ctz(rows));
+      if (startsNoCase(p, table[i].word)) {
+        best = i;
+        break;
+      }
+    }
+  }
+  return best < N ? table[best].code : 0;
+}
+
+constexpr auto kCsFirst = firstBytes(kCsWords);
+constexpr auto kEncFirst = firstBytes(kEncWords);
+constexpr auto kVlFirst = firstBytes(kVlWords);
 
 struct CodeTexts {
   int32_t code;
@@ -103,17 +143,17 @@ OSTREL_API int32_t VpiParams_getAny(const KvoStr *params, const char *name, char
 
 OSTREL_API int32_t VpiParams_getCs(const KvoStr *params) {
   if (!OSTREL_REQUIRE(params, "params")) return 0;
-  return searchWords(params, kCsWords);
+  return searchWords(params, kCsWords, kCsFirst);
 }
 
 OSTREL_API int32_t VpiParams_getEnc(const KvoStr *params) {
   if (!OSTREL_REQUIRE(params, "params")) return 0;
-  return searchWords(params, kEncWords);
+  return searchWords(params, kEncWords, kEncFirst);
 }
 
 OSTREL_API int32_t VpiParams_getVl(const KvoStr *params) {
   if (!OSTREL_REQUIRE(params, "params")) return 0;
-  return searchWords(params, kVlWords);
+  return searchWords(params, kVlWords, kVlFirst);
 }
 
 OSTREL_API int32_t VpiParams_getFmt(const KvoStr *params, char *out, int32_t outSize) {

@@ -36,29 +36,51 @@ ClassTable classify(const char *delims, bool quotes) {
 // The property decoder asks with the same two or three delimiter sets for
 // every line, and building a 256-entry table per token cost as much as
 // reading the token; a small per-thread cache keeps the recent ones. It holds
-// nothing but tables derived from the arguments.
+// nothing but tables derived from the arguments. A set of up to 15 bytes is
+// its own key, packed into two words, so a lookup compares words instead of
+// strings.
+struct SetKey {
+  uint64_t w[2] = {0, 0};
+  bool operator==(const SetKey &) const = default;
+};
+
+// False for a set too long to be a key.
+bool packKey(const char *delims, bool quotes, SetKey &key) {
+  constexpr int kMax = 15;
+  uint8_t bytes[16] = {};
+  int n = 0;
+  if (delims != nullptr)
+    for (; delims[n] != '\0'; ++n) {
+      if (n == kMax) return false;
+      bytes[n] = static_cast<uint8_t>(delims[n]);
+    }
+  bytes[15] = quotes ? 1 : 0;  // never a set byte: a key holds at most 15
+  std::memcpy(key.w, bytes, sizeof bytes);
+  return true;
+}
+
 const ClassTable &classFor(const char *delims, bool quotes) {
-  constexpr size_t kKeyMax = 16;
   struct Entry {
-    char key[kKeyMax];
-    bool quotes;
+    SetKey key;
     bool used;
     ClassTable table;
   };
-  thread_local Entry cache[4];
-  thread_local unsigned nextSlot = 0;
-  thread_local ClassTable uncached;
-  const char *key = delims != nullptr ? delims : "";
-  const size_t len = std::strlen(key);
-  if (len >= kKeyMax) {
-    uncached = classify(delims, quotes);
-    return uncached;
+  // One thread-local object, so a lookup costs one address resolution.
+  struct Cache {
+    Entry entries[4];
+    unsigned nextSlot;
+    ClassTable uncached;
+  };
+  thread_local Cache cache;
+  SetKey key;
+  if (!packKey(delims, quotes, key)) {
+    cache.uncached = classify(delims, quotes);
+    return cache.uncached;
   }
-  for (const Entry &e : cache)
-    if (e.used && e.quotes == quotes && std::strcmp(e.key, key) == 0) return e.table;
-  Entry &e = cache[nextSlot++ % 4];
-  std::memcpy(e.key, key, len + 1);
-  e.quotes = quotes;
+  for (const Entry &e : cache.entries)
+    if (e.used && e.key == key) return e.table;
+  Entry &e = cache.entries[cache.nextSlot++ % 4];
+  e.key = key;
   e.used = true;
   e.table = classify(delims, quotes);
   return e.table;
@@ -92,8 +114,14 @@ int32_t readWord(Source &src, TokenOut &out, const ClassTable &cls, int c) {
   bool inQuote = false;
   for (;;) {
     if (cls[c] == kQuote) inQuote = !inQuote;
-    out.put(c);
-    src.fill();
+    // A byte the window still shows joins the run behind it: one append
+    // for the whole word in the common case.
+    const uint8_t *run = src.cur() - 1;
+    if (!src.tookFromWindow()) {
+      out.put(c);
+      src.fill();
+      run = src.cur();
+    }
     const uint8_t *p = src.cur();
     const uint8_t *const lim = src.lim();
     while (p != lim) {
@@ -107,7 +135,7 @@ int32_t readWord(Source &src, TokenOut &out, const ClassTable &cls, int c) {
         break;
       }
     }
-    out.put(src.cur(), p);
+    out.put(run, p);
     src.take(p);
 
     for (;;) {

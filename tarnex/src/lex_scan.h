@@ -99,6 +99,9 @@ class Source {
     if (cur_ == lim_ && peekable_ && fault_ == 0) refill();
   }
   bool peekable() const { return peekable_; }
+  // Whether the byte of the last next() came from the window (it then
+  // stands at cur() - 1).
+  bool tookFromWindow() const { return last_ == Last::Window; }
   int32_t fault() const { return fault_; }
 
   int next() {
