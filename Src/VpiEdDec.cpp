@@ -2,6 +2,8 @@
 // ":", and the value through the lexer's line readers, which join folded
 // lines and undo quoted-printable and Base64; a UCS-2 or UTF-7 value is then
 // turned into UTF-8.
+#include <array>
+
 #include "detail/Object.h"
 #include "detail/Vpi.h"
 #include "tarnex/scratch.hpp"
@@ -36,6 +38,44 @@ int32_t readParams(IStrm *raw, Token &token, KvoStr *params) {
   code = KvoLex_get(raw, token, ":", 0, 1);
   if (code < 0) return code;
   return code == ':' ? 0 : OSTREL_MALFORMED;
+}
+
+// Bytes after which the fast head reader hands over to the lexer. Neither
+// name nor parameters hold one in a plain line.
+constexpr std::array<uint8_t, 256> kHeadStops = [] {
+  std::array<uint8_t, 256> t{};
+  for (const uint8_t c : {';', ':', '"', '\r', '\n'}) t[c] = 1;
+  return t;
+}();
+
+const uint8_t *headStop(const uint8_t *p, const uint8_t *lim) {
+  while (p != lim && kHeadStops[*p] == 0) ++p;
+  return p;
+}
+
+// Name and parameters of a plain line ("NAME:" or "NAME;PARAMS:", with no
+// quote, fold or line end before the colon), read straight from the
+// stream's window: what the lexer would give, for a fraction of its calls.
+// False, with nothing taken, for any other line and for a stream without a
+// window; the lexer then reads it.
+bool readPlainHead(IStrm *raw, KvoStr *name, KvoStr *params) {
+  const uint8_t *p = nullptr;
+  const int64_t n = IStrm_peek(raw, &p);
+  if (n <= 0 || p == nullptr) return false;
+  const uint8_t *const lim = p + n;
+  const uint8_t *const nameEnd = headStop(p, lim);
+  if (nameEnd == p || nameEnd == lim || (*nameEnd != ';' && *nameEnd != ':')) return false;
+  const uint8_t *colon = nameEnd;
+  if (*nameEnd == ';') {
+    colon = nameEnd + 1;
+    while ((colon = headStop(colon, lim)) != lim && *colon == ';') ++colon;
+    if (colon == lim || *colon != ':') return false;
+  }
+  if (IStrm_seek(raw, colon + 1 - p, KVO_SEEK_CUR) < 0) return false;
+  KvoStr_appdStrx(name, reinterpret_cast<const char *>(p), static_cast<int32_t>(nameEnd - p));
+  KvoStr_appdStrx(params, reinterpret_cast<const char *>(nameEnd),
+                  static_cast<int32_t>(colon - nameEnd));
+  return true;
 }
 
 // Replaces the content of val with its conversion to UTF-8.
@@ -84,8 +124,11 @@ OSTREL_API int32_t VpiDec_getStrm(IStrm *raw, KvoStr *name, KvoStr *params, IStr
   KvoStr_clear(name);
   KvoStr_clear(params);
   IStrm_clear(val);
-  int32_t rc = readName(raw, token, name);
-  if (rc >= 0) rc = readParams(raw, token, params);
+  int32_t rc = 0;
+  if (!readPlainHead(raw, name, params)) {
+    rc = readName(raw, token, name);
+    if (rc >= 0) rc = readParams(raw, token, params);
+  }
   if (rc >= 0) {
     const bool bare = KvoStr_len(params) == 0;  // most lines: no searches to make
     rc = readValue(raw, val, bare ? VPI_CS_NONE : VpiParams_getCs(params),

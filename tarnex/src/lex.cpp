@@ -116,8 +116,10 @@ int32_t readWord(Source &src, TokenOut &out, const ClassTable &cls, int c) {
     if (cls[c] == kQuote) inQuote = !inQuote;
     // A byte the window still shows joins the run behind it: one append
     // for the whole word in the common case.
-    const uint8_t *run = src.cur() - 1;
-    if (!src.tookFromWindow()) {
+    const uint8_t *run;
+    if (src.tookFromWindow()) {
+      run = src.cur() - 1;
+    } else {
       out.put(c);
       src.fill();
       run = src.cur();
