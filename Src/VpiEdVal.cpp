@@ -1,6 +1,7 @@
 // Value components: ";"-separated, with "\" protecting the bytes of an
 // escape set. Undone in one left-to-right pass, so an escaped backslash
 // followed by "n" stays a backslash and an "n".
+#include <array>
 #include <cstring>
 
 #include "detail/ByteReader.h"
@@ -65,17 +66,26 @@ int32_t readComponent(Source next, Sink append, const char *set, int32_t kEnd,
 // The next component's bytes into out, escapes undone (set null: the whole
 // rest, unescaped). With nulEnds a 0 byte ends the value as the end of the
 // stream does. Gives readComponent's "more".
+// Bytes that end a run of plain component bytes: separator and escape when
+// components are split, the 0 byte when it ends the value.
+enum : uint8_t { kSplitStop = 1, kNulStop = 2 };
+constexpr std::array<uint8_t, 256> kRunStops = [] {
+  std::array<uint8_t, 256> t{};
+  t[';'] = kSplitStop;
+  t['\\'] = kSplitStop;
+  t[0] = kNulStop;
+  return t;
+}();
+
 int32_t readBytes(IStrm *strm, KvoStr *out, const char *set, bool nulEnds) {
   ByteReader in(strm);
-  auto stops = [&](uint8_t b) {
-    return (set != nullptr && (b == ';' || b == '\\')) || (nulEnds && b == 0);
-  };
+  const uint8_t stops = (set != nullptr ? kSplitStop : 0) | (nulEnds ? kNulStop : 0);
   // In place, the bytes up to the next byte that matters go over in one
   // piece; the component loop below sees only what stops such a run.
   int64_t n = 0;
   if (const uint8_t *p = in.rest(&n)) {
     int64_t run = 0;
-    while (run < n && !stops(p[run])) ++run;
+    while (run < n && (kRunStops[p[run]] & stops) == 0) ++run;
     KvoStr_appdStrx(out, reinterpret_cast<const char *>(p), static_cast<int32_t>(run));
     in.skip(run);
   }

@@ -2,6 +2,10 @@
 // rules live in strbuf.h, shared with KvoStr.
 #include <cstring>
 
+#if defined(__SSE2__)
+#include <emmintrin.h>
+#endif
+
 #include "strbuf.h"
 #include "tarnex/scratch.hpp"
 #include "tarnex/str.h"
@@ -22,6 +26,22 @@ KvoWcs *setUtf8(KvoWcs *w, const uint8_t *p, int64_t n) {
   const uint8_t *end = p + n;
   KvoWchar *out = w->buf;
   while (p < end) {
+#if defined(__SSE2__)
+    // ASCII, most of any contact's text, is widened 16 bytes a step. The
+    // store may run past the ASCII bytes, never past the room: units written
+    // never outnumber bytes read.
+    if (end - p >= 16) {
+      const __m128i v = _mm_loadu_si128(reinterpret_cast<const __m128i *>(p));
+      const uint32_t high = static_cast<uint32_t>(_mm_movemask_epi8(v));
+      const int ascii = high != 0 ? __builtin_ctz(high) : 16;
+      const __m128i zero = _mm_setzero_si128();
+      _mm_storeu_si128(reinterpret_cast<__m128i *>(out), _mm_unpacklo_epi8(v, zero));
+      _mm_storeu_si128(reinterpret_cast<__m128i *>(out + 8), _mm_unpackhi_epi8(v, zero));
+      p += ascii;
+      out += ascii;
+      if (ascii == 16) continue;
+    }
+#endif
     if (*p < 0x80) {
       *out++ = *p++;
       continue;
