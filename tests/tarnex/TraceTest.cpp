@@ -17,10 +17,7 @@ using Blocks = std::vector<std::string>;
 // Collects every block the sink receives.
 class TraceTest : public testing::Test {
  protected:
-  void SetUp() override {
-    DbgMng_reset();
-    DbgMng_setSink(&TraceTest::collect, this);
-  }
+  void SetUp() override { DbgMng_reset(), DbgMng_setSink(&TraceTest::collect, this); }
   void TearDown() override { DbgMng_reset(), DbgMng_setSink(nullptr, nullptr); }
   static void collect(void *ctx, const char *text, int32_t len) {
     std::lock_guard<std::mutex> lock(static_cast<TraceTest *>(ctx)->mutex_);
@@ -30,9 +27,8 @@ class TraceTest : public testing::Test {
   std::mutex mutex_;
 };
 
-// Every kind of statement, as the libraries write them: a block and a marker
-// pair that follow the selection, and four loose writers that follow only
-// whether tracing is on at all.
+// A block and a marker pair follow the selection; the four loose writers
+// follow only whether tracing is on at all.
 void writeEverything(int32_t module, uint32_t category, int32_t level) {
   const uint8_t bytes[] = {1, 2, 3};
   const KvoWchar wide[] = {'w', 0};
@@ -47,38 +43,33 @@ void writeEverything(int32_t module, uint32_t category, int32_t level) {
   DbgMng_outFend("fn", __FILE__, __LINE__, module, category, level);
 }
 
-struct SelectCase {  // what is selected, what a statement asks, and the answer
-  int32_t selModule; uint32_t selCategories; int32_t selMaxLevel;
-  int32_t module; uint32_t category; int32_t level; bool enabled;
-};
-
-constexpr SelectCase kSelectCases[] = {
-    {6, 0x8, 3, 6, 0x8, 3, true},       // level equal to the maximum
-    {6, 0x8, 3, 6, 0x8, 1, true},       // a more important level
-    {6, 0x8, 2, 6, 0x8, 3, false},      // more detail than selected
-    {6, 0x8, 3, 6, 0x4, 3, false},      // another category
-    {6, 0x8, 3, 5, 0x8, 3, false},      // another module
-    {6, 0x109, 3, 6, 0x100, 3, true},   // one bit of several
-    {6, 0x109, 3, 6, 0x6, 3, false},    // none of several
-    {-1, 0x4, 2, 0, 0x4, 2, true},      // every module: the first
-    {-1, 0x4, 2, 15, 0x4, 2, true},     // every module: the last
-    {-1, 0x4, 2, 16, 0x4, 2, false},    // no such module
-    {-1, 0x4, 2, -1, 0x4, 2, false},    // -1 selects, never asks
-    {6, 0x8, 3, 6, 0x0, 3, false},      // a statement of no category
-    {15, 0xFFFFFFFF, 9, 15, 0x80000000, 9, true},
-};
-
 TEST_F(TraceTest, SelectsByModuleCategoryAndLevel) {
   writeEverything(6, 0x8, 3);
-  // Switching the only selected module off again is "off" too.
   DbgMng_select(6, 0x8, 3);
-  DbgMng_select(6, 0, 3);
+  DbgMng_select(6, 0, 3);  // switching the only module off again is "off" too
   EXPECT_EQ(kvo_trc_enabled(), 0);
   writeEverything(6, 0x8, 3);
   EXPECT_TRUE(blocks_.empty()) << "nothing reaches the sink when off";
 
-  for (const SelectCase &c : kSelectCases) {
-    SCOPED_TRACE("row " + std::to_string(&c - kSelectCases));
+  struct Row {  // what is selected, what a statement asks, and the answer
+    int32_t selModule; uint32_t selCategories; int32_t selMaxLevel;
+    int32_t module; uint32_t category; int32_t level; bool enabled;
+  };
+  const Row rows[] = {
+      {6, 0x8, 3, 6, 0x8, 3, true},      // level equal to the maximum
+      {6, 0x8, 3, 6, 0x8, 1, true},      // a more important level
+      {6, 0x8, 2, 6, 0x8, 3, false},     // more detail than selected
+      {6, 0x8, 3, 6, 0x4, 3, false},     // another category
+      {6, 0x8, 3, 6, 0x0, 3, false},     // a statement of no category
+      {6, 0x8, 3, 5, 0x8, 3, false},     // another module
+      {6, 0x109, 3, 6, 0x100, 3, true},  // one bit of several
+      {-1, 0x4, 2, 0, 0x4, 2, true},     // every module: the first
+      {-1, 0x4, 2, 15, 0x4, 2, true},    // every module: the last
+      {-1, 0x4, 2, 16, 0x4, 2, false},   // no such module
+      {-1, 0x4, 2, -1, 0x4, 2, false},   // -1 selects, never asks
+  };
+  for (const Row &c : rows) {
+    SCOPED_TRACE("row " + std::to_string(&c - rows));
     DbgMng_reset();
     blocks_.clear();
     DbgMng_select(c.selModule, c.selCategories, c.selMaxLevel);
@@ -87,9 +78,8 @@ TEST_F(TraceTest, SelectsByModuleCategoryAndLevel) {
     writeEverything(c.module, c.category, c.level);
     EXPECT_EQ(blocks_.size(), c.enabled ? 7u : 4u);
   }
-}
-
-TEST_F(TraceTest, BadModuleIsReportedAndChangesNothing) {
+  // A module out of range is reported and changes nothing.
+  DbgMng_reset();
   int reports = 0;
   auto count = [](void *ctx, const char *, const char *, int32_t) { ++*static_cast<int *>(ctx); };
   Tarnex_setAssertHandler(count, &reports, nullptr);
@@ -100,7 +90,7 @@ TEST_F(TraceTest, BadModuleIsReportedAndChangesNothing) {
   EXPECT_EQ(kvo_trc_enabled(), 0);
 }
 
-TEST_F(TraceTest, BlockGoesOutWholeWithOneNewlineOnlyIfSelected) {
+TEST_F(TraceTest, BlocksGoOutWholeAndWritersFormatTheirText) {
   DbgMng_select(6, 0x2, 3);
   tout_beg(__FILE__, __LINE__, 6, 0x2, 3);
   tout_str("[vcard: ");
@@ -117,10 +107,8 @@ TEST_F(TraceTest, BlockGoesOutWholeWithOneNewlineOnlyIfSelected) {
   tout_endx();
   tout_str("loose writer");  // outside a block: written
   EXPECT_EQ(blocks_, (Blocks{"[vcard: 12/300]\n", "ends in a newline\n", "loose writer\n"}));
-}
 
-TEST_F(TraceTest, WritersFormatTheirText) {
-  DbgMng_select(6, 0x2, 3);
+  blocks_.clear();  // what each writer makes of its input
   uint8_t bytes[20];
   for (int i = 0; i < 20; ++i) bytes[i] = static_cast<uint8_t>(0xF0 + i * 7);
   tout_beg(__FILE__, __LINE__, 6, 0x2, 3);
@@ -131,24 +119,19 @@ TEST_F(TraceTest, WritersFormatTheirText) {
   tout_hex(nullptr, 4);
   tout_endx();
   tout_hex(bytes, 16);
-  const KvoWchar paired[] = {'A', 0x00E9, 0xD83D, 0xDE00, 'z', 0};
-  const KvoWchar lone[] = {0xD83D, 'x', 0xDC00, 0};
-  tout_wcs(paired);
+  const KvoWchar pair[] = {'A', 0x00E9, 0xD83D, 0xDE00, 'z', 0}, lone[] = {0xD83D, 'x', 0xDC00, 0};
+  tout_wcs(pair);
   tout_wcs(lone);
   tout_wcs(nullptr);
-  const std::string row = "0000: F0 F7 FE 05 0C 13 1A 21 28 2F 36 3D 44 4B 52 59\n";
-  EXPECT_EQ(blocks_, (Blocks{"pdu:\n" + row + "0010: 60 67 6E 75\n", row,
-                             "A\xC3\xA9\xF0\x9F\x98\x80z\n", "\xED\xA0\xBDx\xED\xB0\x80\n"}));
-  blocks_.clear();
   const std::string big(10000, 'x');  // past any fixed buffer
   tout_fmt("<%s>", big.c_str());
-  ASSERT_EQ(blocks_.size(), 1u);
-  EXPECT_EQ(blocks_[0], "<" + big + ">\n");
+  const std::string row = "0000: F0 F7 FE 05 0C 13 1A 21 28 2F 36 3D 44 4B 52 59\n";
+  EXPECT_EQ(blocks_, (Blocks{"pdu:\n" + row + "0010: 60 67 6E 75\n", row,
+                             "A\xC3\xA9\xF0\x9F\x98\x80z\n", "\xED\xA0\xBDx\xED\xB0\x80\n",
+                             "<" + big + ">\n"}));
 }
 
-// The built-in string stream, read through the plain read path or peeked in
-// short runs, so that the trace must come back for more.
-IStrmOps gReadOps, gShortPeekOps;
+// The string stream read plainly, or peeked in short runs so the trace comes back for more.
 int64_t (*gPeek)(IStrm *, const uint8_t **);
 int64_t shortPeek(IStrm *s, const uint8_t **p) { return std::min<int64_t>(gPeek(s, p), 1000); }
 
@@ -165,20 +148,17 @@ TEST_F(TraceTest, StreamIsWrittenWholeAndKeepsItsPosition) {
     StrStrm storage;
     IStrm *s = StrStrm_xcreate__(&storage, c.content.data(), static_cast<int32_t>(c.content.size()),
                                  __FILE__, __LINE__);
-    gReadOps = gShortPeekOps = *s->ops;
-    gPeek = s->ops->peek;
-    gReadOps.peek = nullptr;
-    gShortPeekOps.peek = shortPeek;
-    s->ops = c.peek ? &gShortPeekOps : &gReadOps;
+    IStrmOps ops = *s->ops;
+    gPeek = ops.peek;
+    ops.peek = c.peek ? shortPeek : nullptr;
+    s->ops = &ops;
     ASSERT_EQ(IStrm_seek(s, c.pos, KVO_SEEK_SET), 0);
     tout_beg(__FILE__, __LINE__, 6, 0x100, 3);
     tout_tstrm(s);
     tout_endx();
     EXPECT_EQ(IStrm_tell(s), c.pos);
-    if (c.content.empty())
-      EXPECT_TRUE(blocks_.empty());
-    else
-      EXPECT_EQ(blocks_, Blocks{c.content.back() == '\n' ? c.content : c.content + "\n"});
+    const std::string lf = c.content.empty() || c.content.back() == '\n' ? "" : "\n";
+    EXPECT_EQ(blocks_, c.content.empty() ? Blocks{} : Blocks{c.content + lf});
     IStrm_delete(s);
   }
   tout_tstrm(nullptr);
@@ -205,21 +185,18 @@ TEST_F(TraceTest, BlocksOfThreadsDoNotInterleave) {
 
 TEST_F(TraceTest, SinkThatTracesDoesNotRecurse) {
   static int calls = 0;
-  calls = 0;
-  auto tracingSink = [](void *, const char *, int32_t) {
+  DbgMng_setSink([](void *, const char *, int32_t) {
     ++calls;
     tout_str("from the sink");
     DbgMng_outFbeg("sink", "s.cpp", 1, 6, 0x2, 3);
-  };
-  DbgMng_setSink(tracingSink, nullptr);
+  }, nullptr);
   DbgMng_select(6, 0x2, 3);
   tout_str("one");
   tout_str("two");
   EXPECT_EQ(calls, 2);
 }
 
-// Markers name the function and its place and go out at once, even inside
-// an open block; with no sink everything goes to stderr.
+// Markers go out at once, even inside an open block; with no sink all goes to stderr.
 TEST_F(TraceTest, MarkersAndANullSink) {
   DbgMng_setSink(nullptr, nullptr);
   DbgMng_select(6, 0x8, 3);
