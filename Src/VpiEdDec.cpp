@@ -3,6 +3,7 @@
 // lines and undo quoted-printable and Base64; a UCS-2 or UTF-7 value is then
 // turned into UTF-8.
 #include <array>
+#include <cstdint>
 
 #include "detail/Object.h"
 #include "detail/Vpi.h"
@@ -71,7 +72,8 @@ bool readPlainHead(IStrm *raw, KvoStr *name, KvoStr *params) {
     while ((colon = headStop(colon, lim)) != lim && *colon == ';') ++colon;
     if (colon == lim || *colon != ':') return false;
   }
-  if (IStrm_seek(raw, colon + 1 - p, KVO_SEEK_CUR) < 0) return false;
+  // A head beyond a string's reach is left to the lexer and its reports.
+  if (colon - p >= INT32_MAX || IStrm_seek(raw, colon + 1 - p, KVO_SEEK_CUR) < 0) return false;
   KvoStr_appdStrx(name, reinterpret_cast<const char *>(p), static_cast<int32_t>(nameEnd - p));
   KvoStr_appdStrx(params, reinterpret_cast<const char *>(nameEnd),
                   static_cast<int32_t>(colon - nameEnd));
