@@ -186,14 +186,20 @@ OSTREL_API int32_t VpiEnc_putStrx(IStrm *strm, const char *name, const KvoStr *p
     return VpiEnc_putStrm(strm, name, params, raw, 0, opts);
   }
   // Escaped text is read up to its terminator; when nothing in it needs a
-  // backslash it goes out as it is, without a scratch stream on the heap.
-  if (text == nullptr || std::strpbrk(text, ostrel::detail::escapeSet(escChars)) == nullptr) {
+  // backslash it goes out as it is, else escaped on the stack (the heap
+  // only for a long value).
+  const char *set = ostrel::detail::escapeSet(escChars);
+  if (text == nullptr || std::strpbrk(text, set) == nullptr) {
     tarnex::ScratchStrStrm raw(text, -1);
     return VpiEnc_putStrm(strm, name, params, raw, 0, opts);
   }
-  tarnex::ScratchMemStrm escaped(256);
-  VpiVal_addStr(escaped, text, len, escape, escChars, 1);
-  return VpiEnc_putStrm(strm, name, params, escaped, 0, opts);
+  tarnex::ScratchStr<256> escaped;
+  ostrel::detail::escapeText(text, set, [&escaped](const char *p, int32_t n) {
+    KvoStr_appdStrx(escaped, p, n);
+    return 0;
+  });
+  tarnex::ScratchStrStrm raw(escaped.c_str(), escaped.len());
+  return VpiEnc_putStrm(strm, name, params, raw, 0, opts);
 }
 
 OSTREL_API int32_t VpiEnc_putStrxW(IStrm *strm, const char *name, const KvoStr *params,

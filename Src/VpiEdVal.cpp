@@ -13,27 +13,13 @@ namespace {
 
 using ostrel::detail::ByteReader;
 using ostrel::detail::escapeSet;
-
-// Escape sets are ASCII; a wide unit above 0x7F never matches (strchr would
-// see only its low byte).
-bool inSet(const char *set, int32_t c) {
-  return c > 0 && c < 0x80 && std::strchr(set, c) != nullptr;
-}
+using ostrel::detail::inSet;
 
 int32_t writeEscaped(IStrm *strm, const char *text, const char *set) {
-  const char *run = text;
-  for (const char *p = text;; ++p) {
-    if (*p != '\0' && !inSet(set, static_cast<unsigned char>(*p))) continue;
-    if (p > run) {
-      const int32_t rc = IStrm_write(strm, run, static_cast<int32_t>(p - run));
-      if (rc < 0) return rc;
-    }
-    if (*p == '\0') return 0;
-    const char pair[2] = {'\\', *p};
-    const int32_t rc = IStrm_write(strm, pair, 2);
-    if (rc < 0) return rc;
-    run = p + 1;
-  }
+  return ostrel::detail::escapeText(text, set, [strm](const char *p, int32_t n) {
+    const int32_t rc = IStrm_write(strm, p, n);
+    return rc < 0 ? rc : 0;
+  });
 }
 
 // The component loop, shared by the 8-bit and the 16-bit reader. `Source`

@@ -3,6 +3,7 @@
 #define OSTREL_DETAIL_VPI_H
 
 #include <cstdint>
+#include <cstring>
 
 #include "ostrel/VpiEd.h"
 
@@ -15,6 +16,32 @@ KvoStr *VpiParams_putEnc(KvoStr *params, int32_t enc, int32_t keyed);
 // The escape set in force: the caller's, or ";\" for a null or empty one.
 inline const char *escapeSet(const char *escChars) {
   return (escChars == nullptr || *escChars == '\0') ? ";\\" : escChars;
+}
+
+// Escape sets are ASCII; a wide unit above 0x7F never matches (strchr would
+// see only its low byte).
+inline bool inSet(const char *set, int32_t c) {
+  return c > 0 && c < 0x80 && std::strchr(set, c) != nullptr;
+}
+
+// Text up to its terminator with a backslash before each byte of the set,
+// handed to put(bytes, count) in runs; put gives 0 or a negative result,
+// which ends the walk.
+template <class Put>
+int32_t escapeText(const char *text, const char *set, Put put) {
+  const char *run = text;
+  for (const char *p = text;; ++p) {
+    if (*p != '\0' && !inSet(set, static_cast<unsigned char>(*p))) continue;
+    if (p > run) {
+      const int32_t rc = put(run, static_cast<int32_t>(p - run));
+      if (rc < 0) return rc;
+    }
+    if (*p == '\0') return 0;
+    const char pair[2] = {'\\', *p};
+    const int32_t rc = put(pair, 2);
+    if (rc < 0) return rc;
+    run = p + 1;
+  }
 }
 
 // Bytes that end a parameter value on a property line, or open a quoted one.
