@@ -132,9 +132,11 @@ OSTREL_API int32_t VpiDec_getStrm(IStrm *raw, KvoStr *name, KvoStr *params, IStr
     if (rc >= 0) rc = readParams(raw, token, params);
   }
   if (rc >= 0) {
-    const bool bare = KvoStr_len(params) == 0;  // most lines: no searches to make
-    rc = readValue(raw, val, bare ? VPI_CS_NONE : VpiParams_getCs(params),
-                   bare ? VPI_ENC_NONE : VpiParams_getEnc(params));
+    // Most lines have no parameters: no search to make.
+    const std::array<int32_t, 2> csEnc = KvoStr_len(params) == 0
+                                             ? std::array<int32_t, 2>{VPI_CS_NONE, VPI_ENC_NONE}
+                                             : ostrel::detail::VpiParams_getCsEnc(params);
+    rc = readValue(raw, val, csEnc[0], csEnc[1]);
   }
   if (rc < 0) {
     KvoStr_clear(name);

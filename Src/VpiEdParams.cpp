@@ -16,15 +16,20 @@ constexpr int32_t kKeyMax = 64;  // key bytes kept, terminator included
 struct WordCode {
   const char *word;
   int32_t code;
+  int32_t group;  // the question the word answers
 };
 
-// Searched in order; the first word found anywhere in the text decides.
-constexpr WordCode kCsWords[] = {{"utf-8", VPI_CS_UTF8}, {"UTF-7", VPI_CS_UTF7},
-                                 {"UCS2", VPI_CS_UCS2}};
-constexpr WordCode kEncWords[] = {{"QUOTED-PRINTABLE", VPI_ENC_QP},
-                                  {"BASE64", VPI_ENC_BASE64},
-                                  {"ENCODING=B", VPI_ENC_BASE64}};
-constexpr WordCode kVlWords[] = {{"URL", VPI_LOC_URL}, {"CONTENT-ID", VPI_LOC_CID}};
+enum : int32_t { kCharset = 0, kEncoding = 1, kLocation = 0 };
+
+// Each group is searched in its own order: its first word found anywhere in
+// the text decides its code. Charset and encoding share a table, so the
+// decoder asks both questions with one pass over the text.
+constexpr WordCode kCsEncWords[] = {
+    {"utf-8", VPI_CS_UTF8, kCharset},          {"UTF-7", VPI_CS_UTF7, kCharset},
+    {"UCS2", VPI_CS_UCS2, kCharset},           {"QUOTED-PRINTABLE", VPI_ENC_QP, kEncoding},
+    {"BASE64", VPI_ENC_BASE64, kEncoding},     {"ENCODING=B", VPI_ENC_BASE64, kEncoding}};
+constexpr WordCode kVlWords[] = {{"URL", VPI_LOC_URL, kLocation},
+                                 {"CONTENT-ID", VPI_LOC_CID, kLocation}};
 
 constexpr char lowerAscii(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c + 32) : c; }
 
@@ -34,43 +39,49 @@ bool startsNoCase(const char *text, const char *word) {
   return true;
 }
 
-// For each byte, the rows of a table whose word begins with it (either case),
-// one bit a row, so that the search tries a row only where it can start.
+// A word table with what its search needs, one bit a row: for each byte the
+// rows whose word begins with it (either case), so a row is tried only where
+// it can start; and for each row the rows of its group from it on, which no
+// longer matter once it is found.
 template <size_t N>
-constexpr std::array<uint8_t, 256> firstBytes(const WordCode (&table)[N]) {
+struct WordSearch {
   static_assert(N <= 8);
-  std::array<uint8_t, 256> rows{};
-  for (size_t i = 0; i < N; ++i) {
-    const char c = lowerAscii(table[i].word[0]);
-    rows[static_cast<uint8_t>(c)] |= static_cast<uint8_t>(1u << i);
-    if (c >= 'a' && c <= 'z') rows[static_cast<uint8_t>(c - 32)] |= static_cast<uint8_t>(1u << i);
-  }
-  return rows;
-}
+  const WordCode *rows;
+  std::array<uint8_t, 256> first{};
+  std::array<uint8_t, N> fromHere{};
 
-// The text is read once, whatever the number of words: at each byte, only
-// rows earlier than the best found so far are tried, so the result is the
-// same as searching row by row.
-template <size_t N>
-int32_t searchWords(const KvoStr *params, const WordCode (&table)[N],
-                    const std::array<uint8_t, 256> &first) {
-  size_t best = N;
-  for (const char *p = KvoStr_buf(params); *p != '\0' && best != 0; ++p) {
-    uint32_t rows = first[static_cast<uint8_t>(*p)] & ((1u << best) - 1u);
-    for (; rows != 0; rows &= rows - 1) {
-      const size_t i = static_cast<size_t>(__builtin_ctz(rows));
-      if (startsNoCase(p, table[i].word)) {
-        best = i;
-        break;
-      }
+  constexpr explicit WordSearch(const WordCode (&table)[N]) : rows(table) {
+    for (size_t i = 0; i < N; ++i) {
+      const char c = lowerAscii(table[i].word[0]);
+      first[static_cast<uint8_t>(c)] |= static_cast<uint8_t>(1u << i);
+      if (c >= 'a' && c <= 'z') first[static_cast<uint8_t>(c - 32)] |= static_cast<uint8_t>(1u << i);
+      for (size_t j = i; j < N; ++j)
+        if (table[j].group == table[i].group) fromHere[i] |= static_cast<uint8_t>(1u << j);
     }
   }
-  return best < N ? table[best].code : 0;
-}
 
-constexpr auto kCsFirst = firstBytes(kCsWords);
-constexpr auto kEncFirst = firstBytes(kEncWords);
-constexpr auto kVlFirst = firstBytes(kVlWords);
+  // The text is read once, whatever the number of words; the search ends
+  // when every group has its answer.
+  std::array<int32_t, 2> find(const KvoStr *params) const {
+    uint32_t open = (1u << N) - 1u, found = 0;
+    for (const char *p = KvoStr_buf(params); *p != '\0' && open != 0; ++p) {
+      for (uint32_t cand = first[static_cast<uint8_t>(*p)] & open; cand != 0; cand &= cand - 1) {
+        const size_t i = static_cast<size_t>(__builtin_ctz(cand));
+        if (!startsNoCase(p, rows[i].word)) continue;
+        found |= 1u << i;
+        open &= ~uint32_t{fromHere[i]};
+      }
+    }
+    // In each group the earliest row found: the lowest of its bits.
+    std::array<int32_t, 2> codes{};
+    for (size_t i = N; i-- > 0;)
+      if (found & (1u << i)) codes[static_cast<size_t>(rows[i].group)] = rows[i].code;
+    return codes;
+  }
+};
+
+constexpr WordSearch kCsEncSearch(kCsEncWords);
+constexpr WordSearch kVlSearch(kVlWords);
 
 struct CodeTexts {
   int32_t code;
@@ -115,6 +126,11 @@ KvoStr *VpiParams_putEnc(KvoStr *params, int32_t enc, int32_t keyed) {
   return putCode(params, enc, keyed, kEncTexts, __FILE__, __LINE__);
 }
 
+std::array<int32_t, 2> VpiParams_getCsEnc(const KvoStr *params) {
+  if (!OSTREL_REQUIRE(params, "params")) return {};
+  return kCsEncSearch.find(params);  // indexed by group: charset, encoding
+}
+
 }  // namespace ostrel::detail
 
 extern "C" {
@@ -143,17 +159,17 @@ OSTREL_API int32_t VpiParams_getAny(const KvoStr *params, const char *name, char
 
 OSTREL_API int32_t VpiParams_getCs(const KvoStr *params) {
   if (!OSTREL_REQUIRE(params, "params")) return 0;
-  return searchWords(params, kCsWords, kCsFirst);
+  return kCsEncSearch.find(params)[kCharset];
 }
 
 OSTREL_API int32_t VpiParams_getEnc(const KvoStr *params) {
   if (!OSTREL_REQUIRE(params, "params")) return 0;
-  return searchWords(params, kEncWords, kEncFirst);
+  return kCsEncSearch.find(params)[kEncoding];
 }
 
 OSTREL_API int32_t VpiParams_getVl(const KvoStr *params) {
   if (!OSTREL_REQUIRE(params, "params")) return 0;
-  return searchWords(params, kVlWords, kVlFirst);
+  return kVlSearch.find(params)[kLocation];
 }
 
 OSTREL_API int32_t VpiParams_getFmt(const KvoStr *params, char *out, int32_t outSize) {

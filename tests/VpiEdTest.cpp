@@ -67,6 +67,8 @@ TEST(VpiParams, CodeSearchesReadBareAndKeyedForms) {
       {";ENCODING=BASE64", 0, VPI_ENC_BASE64, 0}, {";VALUE=URL", 0, 0, VPI_LOC_URL},
       {";QUOTED-PRINTABLE;utf-8", VPI_CS_UTF8, VPI_ENC_QP, 0},
       {";VALUE=CONTENT-ID", 0, 0, VPI_LOC_CID}, {";HOME", 0, 0, 0},
+      // table order, not text order, decides within charset and encoding
+      {";ENCODING=BASE64;UTF-7;QUOTED-PRINTABLE", VPI_CS_UTF7, VPI_ENC_QP, 0},
   };
   for (const auto &c : cases) {
     Params p(c.params);

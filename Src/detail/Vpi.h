@@ -2,12 +2,17 @@
 #ifndef OSTREL_DETAIL_VPI_H
 #define OSTREL_DETAIL_VPI_H
 
+#include <array>
 #include <cstdint>
 #include <cstring>
 
 #include "ostrel/VpiEd.h"
 
 namespace ostrel::detail {
+
+// The charset and the encoding code of a parameter text (as VpiParams_getCs
+// and VpiParams_getEnc give them), found in one pass.
+std::array<int32_t, 2> VpiParams_getCsEnc(const KvoStr *params);
 
 // Append the charset or encoding parameter of a code; nothing for code 0.
 KvoStr *VpiParams_putCs(KvoStr *params, int32_t cs, int32_t keyed);
