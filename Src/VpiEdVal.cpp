@@ -49,9 +49,6 @@ int32_t readComponent(Source next, Sink append, const char *set, int32_t kEnd,
   return 0;
 }
 
-// The next component's bytes into out, escapes undone (set null: the whole
-// rest, unescaped). With nulEnds a 0 byte ends the value as the end of the
-// stream does. Gives readComponent's "more".
 // Bytes that end a run of plain component bytes: separator and escape when
 // components are split, the 0 byte when it ends the value.
 enum : uint8_t { kSplitStop = 1, kNulStop = 2 };
@@ -63,6 +60,9 @@ constexpr std::array<uint8_t, 256> kRunStops = [] {
   return t;
 }();
 
+// The next component's bytes into out, escapes undone (set null: the whole
+// rest, unescaped). With nulEnds a 0 byte ends the value as the end of the
+// stream does. Gives readComponent's "more".
 int32_t readBytes(IStrm *strm, KvoStr *out, const char *set, bool nulEnds) {
   ByteReader in(strm);
   const uint8_t stops = (set != nullptr ? kSplitStop : 0) | (nulEnds ? kNulStop : 0);
