@@ -53,8 +53,9 @@ struct WordSearch {
   constexpr explicit WordSearch(const WordCode (&table)[N]) : rows(table) {
     for (size_t i = 0; i < N; ++i) {
       const char c = lowerAscii(table[i].word[0]);
-      first[static_cast<uint8_t>(c)] |= static_cast<uint8_t>(1u << i);
-      if (c >= 'a' && c <= 'z') first[static_cast<uint8_t>(c - 32)] |= static_cast<uint8_t>(1u << i);
+      const auto bit = static_cast<uint8_t>(1u << i);
+      first[static_cast<uint8_t>(c)] |= bit;
+      if (c >= 'a' && c <= 'z') first[static_cast<uint8_t>(c - 32)] |= bit;
       for (size_t j = i; j < N; ++j)
         if (table[j].group == table[i].group) fromHere[i] |= static_cast<uint8_t>(1u << j);
     }
