@@ -35,6 +35,33 @@ constexpr std::array<int8_t, 256> kHex = [] {
 
 static_assert(kHex['f'] == 15 && kHex['F'] == 15 && kHex['g'] == -1 && kHex['9'] == 9);
 
+// ---- What stops a run ----------------------------------------------------------------
+
+// What the plain and quoted-printable readers find behind a run of text: the
+// end of the value (with the reader's result), a fold to read on over, or a
+// byte that is the reader's own to handle.
+struct Stop {
+  enum Kind { Done, Fold, Byte } kind;
+  int32_t result;  // Done: what the reader gives
+  int c;           // Byte: the byte
+};
+
+// Inlined: it runs once per line of every value.
+[[gnu::always_inline]] inline Stop stopAfterRun(Source &src, Sink &out, bool unfold) {
+  if (out.fault() != 0) return {Stop::Done, finish(src, out, 0), 0};
+  const LineEnd end = takeLineEndIn(src, unfold);
+  if (end == LineEnd::Fold) return {Stop::Fold, 0, 0};
+  if (end == LineEnd::End) return {Stop::Done, finish(src, out, 0), 0};
+  const int c = src.next();
+  if (c < 0) return {Stop::Done, finish(src, out, KVO_EOS), 0};
+  if (isEol(c)) {
+    takeEol(src, c);
+    if (unfold && takeFold(src)) return {Stop::Fold, 0, 0};
+    return {Stop::Done, finish(src, out, 0), 0};
+  }
+  return {Stop::Byte, 0, c};
+}
+
 // ---- Plain --------------------------------------------------------------------------
 
 int32_t readPlain(IStrm *strm, IStrm *val, bool unfold, bool softBreaks) {
@@ -47,18 +74,10 @@ int32_t readPlain(IStrm *strm, IStrm *val, bool unfold, bool softBreaks) {
         softBreaks ? findAny<'\r', '\n', '='>(p, src.lim()) : findEol(p, src.lim());
     out.put(p, static_cast<size_t>(q - p));
     src.take(q);
-    if (out.fault() != 0) return finish(src, out, 0);
-    const LineEnd end = takeLineEndIn(src, unfold);
-    if (end == LineEnd::Fold) continue;
-    if (end == LineEnd::End) return finish(src, out, 0);
-
-    const int c = src.next();
-    if (c < 0) return finish(src, out, KVO_EOS);
-    if (isEol(c)) {
-      takeEol(src, c);
-      if (unfold && takeFold(src)) continue;
-      return finish(src, out, 0);
-    }
+    const Stop stop = stopAfterRun(src, out, unfold);
+    if (stop.kind == Stop::Done) return stop.result;
+    if (stop.kind == Stop::Fold) continue;
+    const int c = stop.c;
     if (c == '=' && softBreaks) {
       const int d = src.next();
       if (isEol(d)) {
@@ -124,21 +143,13 @@ int32_t readQp(IStrm *strm, IStrm *val, bool unfold) {
   for (;;) {
     src.fill();
     decodeQpRun(src, out);
-    if (out.fault() != 0) return finish(src, out, 0);
-    const LineEnd end = takeLineEndIn(src, unfold);
-    if (end == LineEnd::Fold) continue;
-    if (end == LineEnd::End) return finish(src, out, 0);
-    const int c = src.next();
-    if (c < 0) return finish(src, out, KVO_EOS);
-    if (isEol(c)) {
-      takeEol(src, c);
-      if (unfold && takeFold(src)) continue;
-      return finish(src, out, 0);
-    }
-    if (c == '=') {
+    const Stop stop = stopAfterRun(src, out, unfold);
+    if (stop.kind == Stop::Done) return stop.result;
+    if (stop.kind == Stop::Fold) continue;
+    if (stop.c == '=') {
       readQpEscape(src, out);
     } else {
-      out.put(static_cast<uint8_t>(c));
+      out.put(static_cast<uint8_t>(stop.c));
     }
   }
 }
