@@ -25,6 +25,8 @@ std::string decodeAll(IStrm *raw, int32_t escaped) {
   for (int i = 0;; ++i) {
     const int32_t rc = VpiDec_getStrm(raw, name, params, val);
     const int64_t pos = IStrm_tell(raw);
+    // A byte-order mark at the start is passed over, never read as a name.
+    FUZZ_CHECK(i != 0 || KvoStr_len(name) < 3 || std::string(name.view(), 0, 3) != "\xEF\xBB\xBF");
     out += std::string(name.view()) + "|" + std::string(params.view()) + "|" +
            lexfuzz::contents(val) + "|" + std::to_string(rc) + "@" + std::to_string(pos) + "\n";
     if (rc < 1) {
