@@ -19,6 +19,15 @@ inline bool startsWithNoCase(std::string_view text, std::string_view prefix) {
   return true;
 }
 
+// Offset of the line behind the one that holds pos (line ends CR LF, LF or
+// CR), or the end of text.
+inline size_t nextLineStart(std::string_view text, size_t pos) {
+  const size_t end = text.find_first_of("\r\n", pos);
+  if (end == std::string_view::npos) return text.size();
+  if (text[end] == '\r' && end + 1 < text.size() && text[end + 1] == '\n') return end + 2;
+  return end + 1;
+}
+
 // Calls fn(line) for each line of text (line ends CR LF, LF or CR) until fn
 // gives true; gives the offset of that line, or npos.
 template <class Fn>
