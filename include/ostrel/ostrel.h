@@ -7,5 +7,7 @@
 #include "ostrel/PbItem.h"
 #include "ostrel/GrpItem.h"
 #include "ostrel/VcardEd.h"
+#include "ostrel/RrItem.h"
+#include "ostrel/VrrEd.h"
 
 #endif /* OSTREL_ALL_H */
