@@ -35,7 +35,7 @@ constexpr uint32_t subMask(RrType kind) {
 // atoi where the value fits, clamped where it does not: "W99999999999"
 // is a huge interval, not undefined behaviour.
 int32_t boundedAtoi(const char *p) {
-  while (*p == ' ' || *p == '\t') ++p;
+  while (*p == ' ' || (*p >= '\t' && *p <= '\r')) ++p;
   const bool minus = *p == '-';
   if (*p == '+' || *p == '-') ++p;
   int64_t v = 0;
