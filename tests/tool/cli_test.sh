@@ -124,6 +124,11 @@ expect_status 1 "$tool" inspect "$tmp/many.vcf"
 [ "$(wc -l <"$tmp/err")" -eq 21 ] || fail "10,000 failures: expected 20 messages and a count"
 expect_line "$tmp/err" 'many\.vcf: 9980 more failed records not listed$'
 
+truncate -s 3G "$tmp/huge.vcf"  # sparse: refused by its size, never read
+expect_status 1 "$tool" inspect "$tmp/huge.vcf"
+expect_line "$tmp/err" 'huge\.vcf: larger than 2 GiB, not read$'
+rm -f "$tmp/huge.vcf"
+
 # convert -o onto its own input: never loses records.
 cp "$tmp/four.vcf" "$tmp/self.vcf"
 expect_status 1 "$tool" convert "$tmp/self.vcf" --to vcard30 -o "$tmp/self.vcf"
