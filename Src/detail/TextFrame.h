@@ -87,6 +87,30 @@ int32_t readFrame(IStrm *strm, const char *word, OnProp onProp) {
   }
 }
 
+// Rows most formats share. Ctx has `ver` (uint32_t *) and, for the second,
+// `luid` (KvoStr *); each may be null, and the line is then read and
+// dropped, without an "un-handled" trace.
+template <class Ctx>
+void readVersion(Ctx &ctx, const FrameProp &p) {
+  if (ctx.ver == nullptr) return;
+  tarnex::ScratchStr<32> text;
+  VpiVal_getCstr(p.val, text, 0, nullptr);  // whole and raw
+  *ctx.ver = ver_str_to_ver(text.c_str());
+}
+
+template <class Ctx>
+void readLuid(Ctx &ctx, const FrameProp &p) {
+  if (ctx.luid != nullptr) VpiVal_getCstr(p.val, ctx.luid, 1, nullptr);
+}
+
+// A date value, read escaped; an empty one leaves the date as it is, and
+// one the foundation refuses leaves it unset.
+inline void readDate(const FrameProp &p, KvoDt *dt) {
+  tarnex::ScratchStr<32> text;
+  VpiVal_getCstr(p.val, text, 1, nullptr);
+  if (text.len() != 0) iso_dt_dec(text.c_str(), dt);
+}
+
 // The first row whose name equals `name` (case ignored), or null.
 template <class Row, size_t N>
 const Row *findRow(const Row (&table)[N], const char *name) {

@@ -56,6 +56,9 @@ inline void openOutput(IStrm *strm, int32_t append) {
     IStrm_seek(strm, 0, KVO_SEEK_END);
 }
 
+// A date counts as set when its year or its hour word holds a value.
+inline bool dateSet(const KvoDt &dt) { return dt.year != KVO_DT_UNSET || dt.hour != KVO_DT_UNSET; }
+
 // The body of _tracex between its head and end lines: one "id = value\n"
 // line a member that is set.
 class TraceLines {
@@ -70,6 +73,13 @@ class TraceLines {
     tarnex::ScratchStr<256> utf8;
     KvoStr_setCwcs(utf8, value);
     text(id, utf8.c_str());
+  }
+  // A date that is set, in the form iso_dt_enc writes.
+  void date(const char *id, const KvoDt &value) {
+    if (!dateSet(value)) return;
+    tarnex::ScratchStr<32> text;
+    iso_dt_enc(text, &value);
+    IStrm_printf(strm_, "%s = %s\n", id, text.c_str());
   }
   void num(const char *id, int64_t value) {
     if (value != 0) IStrm_printf(strm_, "%s = %lld\n", id, static_cast<long long>(value));

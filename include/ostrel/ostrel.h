@@ -9,5 +9,9 @@
 #include "ostrel/VcardEd.h"
 #include "ostrel/RrItem.h"
 #include "ostrel/VrrEd.h"
+#include "ostrel/NoteItem.h"
+#include "ostrel/VnoteEd.h"
+#include "ostrel/BkmItem.h"
+#include "ostrel/VbkmEd.h"
 
 #endif /* OSTREL_ALL_H */
