@@ -88,7 +88,7 @@ for t in vcard21 VCARD30 vCard21; do
 done
 for t in vcard40 vcard99 vcal; do
   expect_status 2 "$tool" convert "$tmp/two.vcf" --to "$t"
-  expect_line "$tmp/err" 'the targets are: vcard21, vcard30$'
+  expect_line "$tmp/err" 'the targets are: vcard21, vcard30, vnote11, vbkm11$'
 done
 
 # show and --json on the samples.
@@ -137,6 +137,26 @@ cmp -s "$tmp/four.vcf" "$tmp/self.vcf" || fail "convert -o onto a failing input 
 cp "$tmp/two.vcf" "$tmp/self.vcf"
 expect_status 0 "$tool" convert "$tmp/self.vcf" --to vcard30 -o "$tmp/self.vcf"
 expect_line "$tmp/self.vcf" '^VERSION:3\.0'
+
+# Notes and bookmarks: read, converted and read back the same; mixed with
+# cards in one file, every record is read in order.
+for f in notes.vnt:vnote11:'2 notes' bookmarks.vbk:vbkm11:'2 bookmarks'; do
+  IFS=: read -r name target count <<<"$f"
+  expect_status 0 "$tool" show "$samples/$name"
+  cp "$tmp/out" "$tmp/show1"
+  expect_status 0 "$tool" convert "$samples/$name" --to "$target" -o "$tmp/$name"
+  expect_status 0 "$tool" show "$tmp/$name"
+  diff <(sed 1d "$tmp/show1" | grep -v "$name") <(sed 1d "$tmp/out" | grep -v "$name") >/dev/null ||
+    fail "$name changed through convert --to $target"
+  expect_line "$tmp/out" ": $count\$"
+done
+expect_line "$tmp/show1" '^  Title: Fahrpläne$'
+{ cat "$samples/notes.vnt"; card m; cat "$samples/bookmarks.vbk"; printf 'BEGIN:VNOTE\r\nBODY:cut'; } >"$tmp/mixed.all"
+expect_status 1 "$tool" inspect "$tmp/mixed.all"
+expect_line "$tmp/out" 'mixed\.all: 2 notes, 1 contact, 2 bookmarks; 1 record failed$'
+expect_line "$tmp/err" 'record 6 \(note\) at byte [0-9]+, line 31: no record'
+expect_status 1 "$tool" convert "$tmp/mixed.all" --to vnote11
+expect_line "$tmp/err" 'a contact cannot be written as vnote11$'
 
 # A missing file.
 expect_status 1 "$tool" inspect "$tmp/none.vcf"
