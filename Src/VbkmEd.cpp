@@ -32,13 +32,8 @@ OSTREL_API int32_t Vbkm_decx(IStrm *vbkm, BkmItem *item, uint32_t *ver, KvoStr *
   OSTREL_FUNC_TRACE();
   if (!OSTREL_REQUIRE(vbkm && item, "vbkm && item")) return 0;
   OSTREL_CHECK(item, BKM_ITEM_TAG);
-  ostrel::detail::tracePos("vbkm", vbkm, true);
-  BkmItem_clear(item);
   Bookmark bookmark{item, ver, luid};
-  const int32_t rc = ostrel::detail::decodeFrame(vbkm, "VBKM", kProps, bookmark);
-  if (rc < 1) BkmItem_clear(item);
-  ostrel::detail::tracePos("vbkm", vbkm, true);
-  return rc;
+  return ostrel::detail::decodeRecord(vbkm, "VBKM", kProps, bookmark, item, BkmItem_clear, "vbkm", true);
 }
 
 OSTREL_API int32_t Vbkm_dec(IStrm *vbkm, BkmItem *item, uint32_t *ver) {

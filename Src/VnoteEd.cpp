@@ -35,13 +35,8 @@ OSTREL_API int32_t Vnote_decx(IStrm *vnote, NoteItem *item, uint32_t *ver, KvoSt
   OSTREL_FUNC_TRACE();
   if (!OSTREL_REQUIRE(vnote && item, "vnote && item")) return 0;
   OSTREL_CHECK(item, NOTE_ITEM_TAG);
-  ostrel::detail::tracePos("vnote", vnote, false);
-  NoteItem_clear(item);
   Note note{item, ver, luid};
-  const int32_t rc = ostrel::detail::decodeFrame(vnote, "VNOTE", kProps, note);
-  if (rc < 1) NoteItem_clear(item);
-  ostrel::detail::tracePos("vnote", vnote, false);
-  return rc;
+  return ostrel::detail::decodeRecord(vnote, "VNOTE", kProps, note, item, NoteItem_clear, "vnote", false);
 }
 
 OSTREL_API int32_t Vnote_dec(IStrm *vnote, NoteItem *item, uint32_t *ver) {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "ostrel/ostrel.h"
+#include "bench_floor.h"
 #include "tarnex/scratch.hpp"
 
 namespace {
@@ -75,17 +76,7 @@ BENCHMARK(BM_VrrEncode);
 void BM_MemchrSameTexts(benchmark::State &state) {
   std::string joined;
   for (const std::string &r : rules()) joined += r + '\n';
-  for (auto _ : state) {
-    size_t words = 0;
-    const char *p = joined.data(), *end = p + joined.size();
-    while ((p = static_cast<const char *>(std::memchr(p, ' ', end - p))) != nullptr) {
-      ++words;
-      ++p;
-    }
-    benchmark::DoNotOptimize(words);
-  }
-  state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * joined.size()));
-  state.SetItemsProcessed(static_cast<int64_t>(state.iterations() * rules().size()));
+  bench::memchrFloor(state, joined, ' ', static_cast<int64_t>(rules().size()));
 }
 BENCHMARK(BM_MemchrSameTexts);
 

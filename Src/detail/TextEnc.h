@@ -80,19 +80,6 @@ class LineWriter {
   int32_t rc_ = 0;
 };
 
-// "vnote: 12/300", or "[vnote: 12/300]" bracketed: where a codec stands in
-// its stream.
-inline void tracePos(const char *codec, IStrm *strm, bool bracketed) {
-  if (!traceOn(kModule, kCatPos, 3)) return;
-  tout_beg(__FILE__, __LINE__, kModule, kCatPos, 3);
-  const int pos = static_cast<int>(IStrm_tell(strm)), size = static_cast<int>(IStrm_size(strm));
-  if (bracketed)
-    tout_fmt("[%s: %d/%d]", codec, pos, size);
-  else
-    tout_fmt("%s: %d/%d", codec, pos, size);
-  tout_endx();
-}
-
 }  // namespace ostrel::detail
 
 #endif  // OSTREL_DETAIL_TEXTENC_H

@@ -148,6 +148,20 @@ int32_t decodeFrame(IStrm *strm, const char *word, const FrameRow<Ctx> (&table)[
   });
 }
 
+// The whole of a small decoder around decodeFrame: the record cleared
+// before and again below 1, the stream's position traced at entry and exit
+// ("vnote: 0/120", or bracketed "[vbkm: 0/96]").
+template <class Ctx, size_t N, class Item>
+int32_t decodeRecord(IStrm *strm, const char *word, const FrameRow<Ctx> (&table)[N], Ctx &ctx,
+                     Item *item, void (*clear)(Item *), const char *codec, bool bracketed) {
+  tracePos(codec, strm, bracketed);
+  clear(item);
+  const int32_t rc = decodeFrame(strm, word, table, ctx);
+  if (rc < 1) clear(item);
+  tracePos(codec, strm, bracketed);
+  return rc;
+}
+
 }  // namespace ostrel::detail
 
 #endif  // OSTREL_DETAIL_TEXTFRAME_H

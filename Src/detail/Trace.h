@@ -56,6 +56,19 @@ inline void openOutput(IStrm *strm, int32_t append) {
     IStrm_seek(strm, 0, KVO_SEEK_END);
 }
 
+// "vnote: 12/300", or "[vnote: 12/300]" bracketed: where a codec stands in
+// its stream.
+inline void tracePos(const char *codec, IStrm *strm, bool bracketed) {
+  if (!traceOn(kModule, kCatPos, 3)) return;
+  tout_beg(__FILE__, __LINE__, kModule, kCatPos, 3);
+  const int pos = static_cast<int>(IStrm_tell(strm)), size = static_cast<int>(IStrm_size(strm));
+  if (bracketed)
+    tout_fmt("[%s: %d/%d]", codec, pos, size);
+  else
+    tout_fmt("%s: %d/%d", codec, pos, size);
+  tout_endx();
+}
+
 // A date counts as set when its year or its hour word holds a value.
 inline bool dateSet(const KvoDt &dt) { return dt.year != KVO_DT_UNSET || dt.hour != KVO_DT_UNSET; }
 

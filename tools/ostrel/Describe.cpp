@@ -63,4 +63,23 @@ std::string binaryKind(std::string_view data, std::string_view given) {
   return word;
 }
 
+std::string versionText(uint32_t v) {
+  return v == 0 ? std::string() : std::to_string(v >> 8) + "." + std::to_string(v & 0xFF);
+}
+
+std::string dateText(const KvoDt &dt) {
+  tarnex::ScratchStr<32> text;
+  iso_dt_enc(text, &dt);
+  return isoDate(text.view());
+}
+
+void addText(Description &d, std::string_view type, std::string_view label, std::string value) {
+  if (value.empty()) return;
+  Field f;
+  f.type = type;
+  f.label = label;
+  f.values.push_back(std::move(value));
+  d.fields.push_back(std::move(f));
+}
+
 }  // namespace ostrel_tool

@@ -23,6 +23,13 @@ std::string isoDate(std::string_view text);
 // case), else empty.
 std::string binaryKind(std::string_view data, std::string_view given);
 
+// "2.1" from a version word; empty for 0.
+std::string versionText(uint32_t version);
+// A date as ISO text; empty when it is unset.
+std::string dateText(const KvoDt &dt);
+// Adds a field of one text value, when the value is not empty.
+void addText(Description &d, std::string_view type, std::string_view label, std::string value);
+
 }  // namespace ostrel_tool
 
 #endif  // OSTREL_TOOL_DESCRIBE_H

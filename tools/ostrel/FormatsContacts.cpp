@@ -161,10 +161,6 @@ class Contact final : public Record {
     return Vcard_encx(out, &item_, version, nullptr, nullptr);
   }
 
-  static std::string versionText(uint32_t v) {
-    return v == 0 ? std::string() : std::to_string(v >> 8) + "." + std::to_string(v & 0xFF);
-  }
-
  private:
   PbItem item_;
   uint32_t version_ = 0;
@@ -178,19 +174,11 @@ class Group final : public Record {
   void trace(IStrm *out) override { GrpItem_tracex(&item_, out, 1); }
   Description describe() override {
     Description d;
-    d.version = Contact::versionText(version_);
-    auto add = [&](const char *type, const char *label, std::string value) {
-      if (value.empty()) return;
-      Field f;
-      f.type = type;
-      f.label = label;
-      f.values.push_back(std::move(value));
-      d.fields.push_back(std::move(f));
-    };
-    add("X-GRPV", "Group name", utf8(&item_.name));
-    add("X-GRPI", "Group id", utf8(&item_.id));
-    add("X-ACC-NAME", "Account name", utf8(&item_.accName));
-    add("X-ACC-TYPE", "Account type", utf8(&item_.accType));
+    d.version = versionText(version_);
+    addText(d, "X-GRPV", "Group name", utf8(&item_.name));
+    addText(d, "X-GRPI", "Group id", utf8(&item_.id));
+    addText(d, "X-ACC-NAME", "Account name", utf8(&item_.accName));
+    addText(d, "X-ACC-TYPE", "Account type", utf8(&item_.accType));
     if (item_.attr != 0) {
       Field attr;
       attr.type = "X-ATTRS";

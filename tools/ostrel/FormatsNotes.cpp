@@ -16,26 +16,6 @@ std::optional<size_t> claimsFrame(std::string_view rest) {
   return static_cast<size_t>(frame->data() - rest.data());
 }
 
-std::string versionText(uint32_t v) {
-  return v == 0 ? std::string() : std::to_string(v >> 8) + "." + std::to_string(v & 0xFF);
-}
-
-// Adds a field when its text is not empty.
-void add(Description &d, const char *type, const char *label, std::string value) {
-  if (value.empty()) return;
-  Field f;
-  f.type = type;
-  f.label = label;
-  f.values.push_back(std::move(value));
-  d.fields.push_back(std::move(f));
-}
-
-std::string dateText(const KvoDt &dt) {
-  tarnex::ScratchStr<32> text;
-  iso_dt_enc(text, &dt);
-  return isoDate(text.view());
-}
-
 class Note final : public Record {
  public:
   Note() { NoteItem_new(&item_); }
@@ -45,12 +25,12 @@ class Note final : public Record {
   Description describe() override {
     Description d;
     d.version = versionText(version_);
-    add(d, "SUMMARY", "Summary", utf8(&item_.summ));
-    add(d, "BODY", "Body", utf8(&item_.body));
-    add(d, "CATEGORIES", "Categories", utf8(&item_.cate));
-    add(d, "CLASS", "Class", utf8(&item_.cls));
-    add(d, "DCREATED", "Created", dateText(item_.created));
-    add(d, "LAST-MODIFIED", "Modified", dateText(item_.modified));
+    addText(d, "SUMMARY", "Summary", utf8(&item_.summ));
+    addText(d, "BODY", "Body", utf8(&item_.body));
+    addText(d, "CATEGORIES", "Categories", utf8(&item_.cate));
+    addText(d, "CLASS", "Class", utf8(&item_.cls));
+    addText(d, "DCREATED", "Created", dateText(item_.created));
+    addText(d, "LAST-MODIFIED", "Modified", dateText(item_.modified));
     return d;
   }
   int32_t encode(IStrm *out, uint32_t version) override { return Vnote_enc(out, &item_, version); }
@@ -69,9 +49,9 @@ class Bookmark final : public Record {
   Description describe() override {
     Description d;
     d.version = versionText(version_);
-    add(d, "TITLE", "Title", utf8(&item_.title));
-    add(d, "URL", "URL", utf8(&item_.url));
-    add(d, "LAST-MODIFIED", "Modified", dateText(item_.modified));
+    addText(d, "TITLE", "Title", utf8(&item_.title));
+    addText(d, "URL", "URL", utf8(&item_.url));
+    addText(d, "LAST-MODIFIED", "Modified", dateText(item_.modified));
     return d;
   }
   int32_t encode(IStrm *out, uint32_t version) override { return Vbkm_enc(out, &item_, version); }
