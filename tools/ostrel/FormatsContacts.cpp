@@ -16,19 +16,12 @@ bool isGroupFrame(std::string_view frame) {
   return frameHas(frame, "X-GRPI") && !frameHas(frame, "N") && !frameHas(frame, "FN");
 }
 
-// The first vCard frame in rest that is (or is not) a group card.
-std::optional<size_t> firstFrame(std::string_view rest, bool group) {
-  size_t from = 0;
-  while (const auto frame = nextFrame(rest.substr(from), "VCARD")) {
-    const size_t at = static_cast<size_t>(frame->data() - rest.data());
-    if (isGroupFrame(*frame) == group) return at;
-    from = nextLineStart(rest, at);
-  }
-  return std::nullopt;
+std::optional<size_t> claimsGroup(std::string_view rest) {
+  return firstFrame(rest, "VCARD", isGroupFrame);
 }
-
-std::optional<size_t> claimsGroup(std::string_view rest) { return firstFrame(rest, true); }
-std::optional<size_t> claimsContact(std::string_view rest) { return firstFrame(rest, false); }
+std::optional<size_t> claimsContact(std::string_view rest) {
+  return firstFrame(rest, "VCARD", [](std::string_view f) { return !isGroupFrame(f); });
+}
 
 // ---- the plain reading of a field's type text --------------------------
 

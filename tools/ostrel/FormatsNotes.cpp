@@ -11,9 +11,7 @@ namespace {
 
 template <const char *Word>
 std::optional<size_t> claimsFrame(std::string_view rest) {
-  const auto frame = nextFrame(rest, Word);
-  if (!frame) return std::nullopt;
-  return static_cast<size_t>(frame->data() - rest.data());
+  return firstFrame(rest, Word, [](std::string_view) { return true; });
 }
 
 class Note final : public Record {

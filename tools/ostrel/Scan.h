@@ -66,6 +66,18 @@ inline std::optional<std::string_view> nextFrame(std::string_view rest, std::str
   return end == std::string_view::npos ? from : from.substr(0, end);
 }
 
+// Offset in rest of the first BEGIN:word frame that `wanted` accepts.
+template <class Wanted>
+std::optional<size_t> firstFrame(std::string_view rest, std::string_view word, Wanted wanted) {
+  size_t from = 0;
+  while (const auto frame = nextFrame(rest.substr(from), word)) {
+    const size_t at = static_cast<size_t>(frame->data() - rest.data());
+    if (wanted(*frame)) return at;
+    from = nextLineStart(rest, at);
+  }
+  return std::nullopt;
+}
+
 inline bool frameHas(std::string_view frame, std::string_view name) {
   return findLine(frame, [&](std::string_view l) { return isProperty(l, name); }) !=
          std::string_view::npos;
