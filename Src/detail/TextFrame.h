@@ -65,7 +65,7 @@ template <class OnProp>
 int32_t readFrame(IStrm *strm, const char *word, OnProp onProp) {
   tarnex::ScratchStr<32> name;
   tarnex::ScratchStr<128> params;
-  tarnex::ScratchMemStrm val(512);
+  tarnex::StackMemStrm<512> val;  // ordinary values need no heap
   tarnex::ScratchStr<32> scratch;
   bool beg = false;
   for (;;) {
