@@ -195,4 +195,118 @@ TEST(VnoteCorpus, RealNotesReadAndSurviveTheirText) {
   EXPECT_EQ(notes, 11);
 }
 
+TEST(Vbkm, DecoderRows) {
+  struct Row {
+    const char *text;
+    int32_t rc;
+    const char *title, *url, *luid;
+    uint32_t ver;
+  };
+  const Row rows[] = {
+      {"BEGIN:VBKM\r\nVERSION:1.0\r\nX-IRMC-LUID:a;b\r\nTITLE:T\r\nURL:a;b\r\nEND:VBKM\r\n", 1, "T", "a",
+       "a", 0x100},
+      {"BEGIN:VBKM\r\nURL:a\\;b\r\nURL:late\\;r\r\nX-NEW:1\r\nEND:VNOTE\r\nEND:VBKM\r\n", 1, "", "late;r", "", 0},
+      {"BEGIN:VBKM\r\nTITLE:cut\r\n", 0, "", "", "", 0},
+  };
+  for (const Row &row : rows) {
+    SCOPED_TRACE(row.text);
+    ScratchStrStrm in(row.text);
+    Bkm b;
+    tarnex::ScratchStr<16> luid;
+    uint32_t ver = 0;
+    ASSERT_EQ(Vbkm_decx(in, &b.item, &ver, luid), row.rc);
+    EXPECT_EQ(wide(&b.item.title), row.title);
+    EXPECT_STREQ(KvoStr_buf(&b.item.url), row.url);
+    EXPECT_STREQ(luid.c_str(), row.luid);
+    EXPECT_EQ(ver, row.ver);
+  }
+}
+
+// A memory stream that refuses every write ending behind `limit` bytes.
+struct FullStrm {
+  explicit FullStrm(int64_t most) : limit(most) {
+    ops = *mem.get()->ops;
+    ops.putc = [](IStrm *s, int32_t c) {
+      FullStrm *f = owner(s);
+      return IStrm_size(f->mem) >= f->limit ? -1 : IStrm_putc(f->mem, c);
+    };
+    ops.write = [](IStrm *s, const void *buf, int32_t n) {
+      FullStrm *f = owner(s);
+      return IStrm_size(f->mem) + n > f->limit ? -1 : IStrm_write(f->mem, buf, n);
+    };
+    // The rest read and move as the memory stream does.
+    ops.del = [](IStrm *) {};
+    ops.getc = [](IStrm *s) { return IStrm_getc(owner(s)->mem); };
+    ops.ungetc = [](IStrm *s, int32_t c) { return IStrm_ungetc(owner(s)->mem, c); };
+    ops.read = [](IStrm *s, void *buf, int32_t n) { return IStrm_read(owner(s)->mem, buf, n); };
+    ops.seek = [](IStrm *s, uint32_t low, int32_t high, int32_t whence) {
+      IStrm *m = owner(s)->mem;
+      return m->ops->seek(m, low, high, whence);
+    };
+    ops.tell = [](IStrm *s) { return IStrm_tell(owner(s)->mem); };
+    ops.size = [](IStrm *s) { return IStrm_size(owner(s)->mem); };
+    ops.clear = [](IStrm *s) { return IStrm_clear(owner(s)->mem); };
+    ops.peek = [](IStrm *s, const uint8_t **p) { return IStrm_peek(owner(s)->mem, p); };
+    base.ops = &ops;
+  }
+  static FullStrm *owner(IStrm *s) { return reinterpret_cast<FullStrm *>(s); }
+  IStrm base;  // first, so the object is a stream
+  IStrmOps ops;
+  ScratchMemStrm mem{0};
+  int64_t limit;
+};
+
+// A failed line ends the writing: its result, the property named in the
+// trace, and no later line behind it.
+TEST(NoteBkm, AFailedWriteIsTheResultAndNamesItsLine) {
+  Note n;
+  KvoWcs_setStr(&n.item.summ, "S");
+  KvoWcs_setStr(&n.item.body, "B");
+  KvoStr_setStr(&n.item.cls, "C");
+  iso_dt_dec("20050405", &n.item.modified);
+  Bkm b;
+  KvoWcs_setStr(&b.item.title, "T");
+  struct Row {
+    bool note;
+    const char *luid;
+    int64_t limit;
+    const char *trace;
+  };
+  const Row rows[] = {
+      {true, nullptr, 0, "[BEGIN: VNOTE]"},
+      {true, nullptr, 30, "[SUMMARY: ]S"},
+      {true, nullptr, 40, "[BODY: ]B"},
+      {true, "L9", 60, "[X-IRMC-LUID: L9]"},
+      {true, nullptr, 70, "[LAST-MODIFIED: 20050405]"},
+      {true, nullptr, 82, "[END: VNOTE]"},
+      {false, "L9", 30, "[X-IRMC-LUID : L9]"},
+      {false, nullptr, 30, "[TITLE: ]T"},
+  };
+  std::string seen;
+  DbgMng_setSink([](void *ctx, const char *t, int32_t len) { static_cast<std::string *>(ctx)->append(t, len); },
+                 &seen);
+  DbgMng_select(6, 0x2, 1);
+  for (const Row &row : rows) {
+    SCOPED_TRACE(row.trace);
+    seen.clear();
+    FullStrm full(row.limit);
+    ScratchMemStrm whole(0);
+    int32_t rc;
+    if (row.note) {
+      rc = Vnote_encx(&full.base, &n.item, 0, row.luid, nullptr);
+      Vnote_encx(whole, &n.item, 0, row.luid, nullptr);
+    } else {
+      rc = Vbkm_encx(&full.base, &b.item, 0, row.luid, nullptr);
+      Vbkm_encx(whole, &b.item, 0, row.luid, nullptr);
+    }
+    EXPECT_LT(rc, 0);
+    EXPECT_NE(seen.find(row.trace), std::string::npos) << seen;
+    // What went out stays, and is the start of the whole text.
+    const std::string part = contents(full.mem), all = contents(whole);
+    EXPECT_EQ(all.compare(0, part.size(), part), 0) << part;
+  }
+  DbgMng_reset();
+  DbgMng_setSink(nullptr, nullptr);
+}
+
 }  // namespace
