@@ -149,6 +149,9 @@ for f in notes.vnt:vnote11:'2 notes' bookmarks.vbk:vbkm11:'2 bookmarks'; do
   diff <(sed 1d "$tmp/show1" | grep -v "$name") <(sed 1d "$tmp/out" | grep -v "$name") >/dev/null ||
     fail "$name changed through convert --to $target"
   expect_line "$tmp/out" ": $count\$"
+  # From the second pass on, the text is a fixed point.
+  expect_status 0 "$tool" convert "$tmp/$name" --to "$target" -o "$tmp/again.$name"
+  cmp -s "$tmp/$name" "$tmp/again.$name" || fail "$name is no fixed point of convert --to $target"
 done
 expect_line "$tmp/show1" '^  Title: Fahrpläne$'
 { cat "$samples/notes.vnt"; card m; cat "$samples/bookmarks.vbk"; printf 'BEGIN:VNOTE\r\nBODY:cut'; } >"$tmp/mixed.all"
