@@ -193,7 +193,7 @@ OSTREL_API int32_t VpiEnc_putStrx(IStrm *strm, const char *name, const KvoStr *p
     tarnex::ScratchStrStrm raw(text, -1);
     return VpiEnc_putStrm(strm, name, params, raw, 0, opts);
   }
-  tarnex::ScratchStr<256> escaped;
+  tarnex::ScratchStr<512> escaped;  // a note's body of a few hundred bytes
   ostrel::detail::escapeText(text, set, [&escaped](const char *p, int32_t n) {
     KvoStr_appdStrx(escaped, p, n);
     return 0;
@@ -207,7 +207,7 @@ OSTREL_API int32_t VpiEnc_putStrxW(IStrm *strm, const char *name, const KvoStr *
                                    const VpiEncOpts *opts, int32_t escape,
                                    const char *escChars) {
   const KvoWcs wide = tarnex::wcsView(wtext, -1);
-  tarnex::ScratchStr<256> utf8;
+  tarnex::ScratchStr<512> utf8;  // a note's body of a few hundred bytes
   wcs_str_to_utf8_cstr(&wide, utf8);
   return VpiEnc_putStrx(strm, name, params, utf8.c_str(), utf8.len(), opts, escape,
                         escChars);

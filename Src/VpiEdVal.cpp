@@ -133,7 +133,9 @@ OSTREL_API int32_t VpiVal_getCstr(IStrm *strm, KvoStr *out, int32_t escaped,
 OSTREL_API int32_t VpiVal_getCwcs(IStrm *strm, KvoWcs *out, int32_t escaped,
                                   const char *escChars) {
   if (!OSTREL_REQUIRE(strm && out, "strm && out")) return 0;
-  tarnex::ScratchStr<256> bytes;
+  // Room for what the text frame's value stream holds on the stack, so a
+  // note's body of a few hundred bytes needs no heap on its way through.
+  tarnex::ScratchStr<512> bytes;
   const int32_t more = readBytes(strm, bytes, escaped ? escapeSet(escChars) : nullptr, true);
   KvoWcs_setStr(out, bytes.c_str());
   return (escaped && more) || KvoWcs_len(out) != 0;
