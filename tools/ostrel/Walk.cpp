@@ -43,6 +43,9 @@ class Claims {
  public:
   explicit Claims(std::string_view data) : data_(data), next_(formats().size(), kUnknown) {}
 
+  // A format none of whose records can be read any more.
+  void drop(const Format *format) { next_[static_cast<size_t>(format - formats().data())] = kNone; }
+
   // The format whose record begins first at or after pos, and where.
   const Format *first(size_t pos, size_t *at) {
     const Format *best = nullptr;
@@ -183,6 +186,15 @@ WalkResult walk(const Input &in, DroppedLines &dropped, const OnRecord &onRecord
                    in.name.c_str(), number, static_cast<int>(format->noun.size()),
                    format->noun.data(), at, line, static_cast<int>(why.size()), why.data(),
                    where.c_str(), rc);
+    }
+    // A record cut by the end of the data had no END line behind it, and so
+    // has none of its kind after it: trying each of them would read to the
+    // end again and again.
+    if (rc == OSTREL_OK) {
+      claims.drop(format);
+      if (result.failed <= kMaxFailureMessages)
+        std::fprintf(stderr, "ostrel: %s: no end line follows, so no later %.*s is looked for\n",
+                     in.name.c_str(), static_cast<int>(format->noun.size()), format->noun.data());
     }
     // Go on at the next record any format finds behind this one's first line.
     pos = nextLineStart(data, at);
