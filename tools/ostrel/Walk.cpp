@@ -76,6 +76,8 @@ std::vector<DroppedLine> placeDropped(std::string_view data, size_t from, size_t
   size_t pos = from;
   for (std::string &name : names) {
     size_t found = std::string_view::npos;
+    // After a name that was not found again (one folded inside itself), the
+    // later ones are not searched: each search would run to the record's end.
     for (size_t p = pos; p < to; p = nextLineStart(data, p)) {
       if (isProperty(data.substr(p, to - p), name)) {
         found = p;
@@ -84,6 +86,7 @@ std::vector<DroppedLine> placeDropped(std::string_view data, size_t from, size_t
     }
     if (found == std::string_view::npos) {
       out.push_back({std::move(name), 0});
+      pos = to;
       continue;
     }
     out.push_back({std::move(name), lines.at(found)});
