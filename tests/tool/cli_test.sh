@@ -123,6 +123,11 @@ for i in $(seq 1 10000); do printf 'BEGIN:VCARD\r\nFN\r\n'; done >"$tmp/many.vcf
 expect_status 1 "$tool" inspect "$tmp/many.vcf"
 [ "$(wc -l <"$tmp/err")" -eq 21 ] || fail "10,000 failures: expected 20 messages and a count"
 expect_line "$tmp/err" 'many\.vcf: 9980 more failed records not listed$'
+# Cards that never end: one failure, not one read to the end per card.
+for i in $(seq 1 10000); do printf 'BEGIN:VCARD\r\nN:b\r\n'; done >"$tmp/unended.vcf"
+expect_status 1 "$tool" inspect "$tmp/unended.vcf"
+expect_line "$tmp/out" 'unended\.vcf: no records; 1 record failed$'
+expect_line "$tmp/err" 'no end line follows, so no later contact is looked for$'
 
 truncate -s 3G "$tmp/huge.vcf"  # sparse: refused by its size, never read
 expect_status 1 "$tool" inspect "$tmp/huge.vcf"

@@ -43,6 +43,9 @@ class Claims {
  public:
   explicit Claims(std::string_view data) : data_(data), next_(formats().size(), kUnknown) {}
 
+  // A format none of whose records can be read any more.
+  void drop(const Format *format) { next_[static_cast<size_t>(format - formats().data())] = kNone; }
+
   // The format whose record begins first at or after pos, and where.
   const Format *first(size_t pos, size_t *at) {
     const Format *best = nullptr;
@@ -73,6 +76,8 @@ std::vector<DroppedLine> placeDropped(std::string_view data, size_t from, size_t
   size_t pos = from;
   for (std::string &name : names) {
     size_t found = std::string_view::npos;
+    // After a name that was not found again (one folded inside itself), the
+    // later ones are not searched: each search would run to the record's end.
     for (size_t p = pos; p < to; p = nextLineStart(data, p)) {
       if (isProperty(data.substr(p, to - p), name)) {
         found = p;
@@ -81,6 +86,7 @@ std::vector<DroppedLine> placeDropped(std::string_view data, size_t from, size_t
     }
     if (found == std::string_view::npos) {
       out.push_back({std::move(name), 0});
+      pos = to;
       continue;
     }
     out.push_back({std::move(name), lines.at(found)});
@@ -183,6 +189,15 @@ WalkResult walk(const Input &in, DroppedLines &dropped, const OnRecord &onRecord
                    in.name.c_str(), number, static_cast<int>(format->noun.size()),
                    format->noun.data(), at, line, static_cast<int>(why.size()), why.data(),
                    where.c_str(), rc);
+    }
+    // A record cut by the end of the data had no END line behind it, and so
+    // has none of its kind after it: trying each of them would read to the
+    // end again and again.
+    if (rc == OSTREL_OK) {
+      claims.drop(format);
+      if (result.failed <= kMaxFailureMessages)
+        std::fprintf(stderr, "ostrel: %s: no end line follows, so no later %.*s is looked for\n",
+                     in.name.c_str(), static_cast<int>(format->noun.size()), format->noun.data());
     }
     // Go on at the next record any format finds behind this one's first line.
     pos = nextLineStart(data, at);
