@@ -7,5 +7,7 @@
 #include "ostrel/PbItem.h"
 #include "ostrel/GrpItem.h"
 #include "ostrel/VcardEd.h"
+#include "ostrel/CalItem.h"
+#include "ostrel/VcalEd.h"
 
 #endif /* OSTREL_ALL_H */
