@@ -8,17 +8,32 @@ namespace {
 using ostrel::detail::newObject;
 using ostrel::cal::eachText;
 
-template <class T>
-void deleteChain(T *&head, void (*del)(T *)) {
+// The chain calls go through SmpLink signatures of their own: a call
+// through a cast function pointer is undefined.
+template <class T, void (*Delete)(T *)>
+void deleteLink(SmpLink *link) {
+  Delete(reinterpret_cast<T *>(link));
+}
+template <class T, T *(*Clone)(const T *)>
+SmpLink *cloneLink(const SmpLink *link) {
+  return reinterpret_cast<SmpLink *>(Clone(reinterpret_cast<const T *>(link)));
+}
+
+template <class T, void (*Delete)(T *)>
+void deleteChain(T *&head) {
   if (head == nullptr) return;
-  SmpList_delete(reinterpret_cast<SmpLink *>(head), reinterpret_cast<SmpDeleter>(del));
+  SmpList_delete(reinterpret_cast<SmpLink *>(head), deleteLink<T, Delete>);
   head = nullptr;
 }
 
-template <class T>
-T *cloneChain(const T *head, T *(*clone)(const T *)) {
-  return reinterpret_cast<T *>(SmpList_clone(reinterpret_cast<const SmpLink *>(head),
-                                             reinterpret_cast<SmpCloner>(clone)));
+template <class T, T *(*Clone)(const T *)>
+T *cloneChain(const T *head) {
+  return reinterpret_cast<T *>(SmpList_clone(reinterpret_cast<const SmpLink *>(head), cloneLink<T, Clone>));
+}
+
+void deleteChains(CalItem *item) {
+  deleteChain<CalAttend, CalAttend_delete>(item->attends);
+  deleteChain<CalAttach, CalAttach_delete>(item->attachs);
 }
 
 void initDates(CalItem *item) {
@@ -64,8 +79,7 @@ void CalItem_init(CalItem *item, bool wrapped) {
 
 void CalItem_exit(CalItem *item, bool wrapped) {
   OSTREL_FUNC_TRACE();
-  deleteChain(item->attends, CalAttend_delete);
-  deleteChain(item->attachs, CalAttach_delete);
+  deleteChains(item);
   if (!wrapped)
     eachText(item, nullptr, [](auto *text, const auto *, bool) { ostrel::cal::deleteText(text); });
 }
@@ -127,8 +141,7 @@ OSTREL_API void CalItem_delete(CalItem *item) {
 
 OSTREL_API void CalItem_clear(CalItem *item) {
   OSTREL_CHECK(item, CAL_ITEM_TAG);
-  deleteChain(item->attends, CalAttend_delete);
-  deleteChain(item->attachs, CalAttach_delete);
+  deleteChains(item);
   resetScalars(item);
   eachText(item, nullptr, [](auto *text, const auto *, bool release) {
     ostrel::cal::clearText(text, release);
@@ -150,8 +163,8 @@ OSTREL_API CalItem *CalItem_assign(CalItem *item, const CalItem *other) {
   eachText(item, &saved, [](auto *text, const auto *own, bool) { *text = *own; });
   eachText(item, other, [](auto *text, const auto *src, bool) { ostrel::cal::appendText(text, src); });
   kvo_strxfrm(item->aalarm.audioFmt, other->aalarm.audioFmt, 12);
-  item->attends = cloneChain(other->attends, CalAttend_clone);
-  item->attachs = cloneChain(other->attachs, CalAttach_clone);
+  item->attends = cloneChain<CalAttend, CalAttend_clone>(other->attends);
+  item->attachs = cloneChain<CalAttach, CalAttach_clone>(other->attachs);
   return item;
 }
 
