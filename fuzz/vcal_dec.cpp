@@ -61,10 +61,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   const int32_t zone = (opt & 0x1) ? VCAL_ZONE_LOCAL : VCAL_ZONE_ASIS;
   const int32_t encZone = (opt & 0x10) ? 60 : VCAL_ZONE_ASIS;
   VpiEncOpts opts{};
-  opts.csKeyed = 1;
+  opts.csKeyed = (opt & 0x20) ? 0 : 1;
   opts.encKeyed = 1;
   opts.escape = 1;
-  opts.maxLine = (opt & 0x20) ? 0 : -1;
+  // Line width stays unlimited: a soft break in a plain value is the
+  // property layer's matter, not the calendar's.
+  opts.maxLine = -1;
   opts.textEnc = (opt & 0x40) ? VPI_ENC_BASE64 : 0;
   tarnex::ScratchStrStrm in(reinterpret_cast<const char *>(data), static_cast<int32_t>(size));
   CalItem item, again;
