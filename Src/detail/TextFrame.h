@@ -34,6 +34,13 @@
 //
 // A decoder whose rows carry more than a handler (the vCard's field types)
 // uses the two halves, readFrame and findRow, with its own dispatch.
+//
+// A format whose object holds an entry (the calendar: lines before the
+// entry are dropped, the entry's END closes the entry and only a later
+// END:<word> the object) gives readFrame its own marks: an object with
+// `FrameMark mark(bool isEnd, const char *value)` that sees every BEGIN and
+// END line inside the object, its value read whole and raw, and says
+// whether the line goes on to onProp, is dropped, or ends the object.
 #ifndef OSTREL_DETAIL_TEXTFRAME_H
 #define OSTREL_DETAIL_TEXTFRAME_H
 
@@ -60,9 +67,22 @@ struct FrameRow {
   void (*handler)(Ctx &, const FrameProp &);
 };
 
-// The frame alone: onProp(name, params, val) for each property inside.
-template <class OnProp>
-int32_t readFrame(IStrm *strm, const char *word, OnProp onProp) {
+enum class FrameMark { kPass, kDrop, kEnd };
+
+// The marks of a plain object: END:<word> ends it, END of anything else is
+// dropped, a nested BEGIN is an ordinary property.
+struct WordMarks {
+  const char *word;
+  FrameMark mark(bool isEnd, const char *value) const {
+    if (!isEnd) return FrameMark::kPass;
+    return kvo_stricmp(value, word) == 0 ? FrameMark::kEnd : FrameMark::kDrop;
+  }
+};
+
+// The frame alone: onProp(name, params, val) for each property inside that
+// the marks pass on.
+template <class Marks, class OnProp>
+int32_t readFrame(IStrm *strm, const char *word, Marks &marks, OnProp onProp) {
   tarnex::ScratchStr<32> name;
   tarnex::ScratchStr<128> params;
   tarnex::StackMemStrm<512> val;  // ordinary values need no heap
@@ -75,16 +95,27 @@ int32_t readFrame(IStrm *strm, const char *word, OnProp onProp) {
     IStrm_rewind(val);
     const bool isBegin = kvo_stricmp(name.c_str(), "BEGIN") == 0;
     const bool isEnd = !isBegin && kvo_stricmp(name.c_str(), "END") == 0;
-    if (!beg || isEnd) {
-      if (!beg && !isBegin) continue;
+    if (!beg) {
+      if (!isBegin) continue;
       VpiVal_getCstr(val, scratch, 0, nullptr);
-      if (kvo_stricmp(scratch.c_str(), word) != 0) continue;
-      if (isEnd) return 1;
-      beg = true;
+      beg = kvo_stricmp(scratch.c_str(), word) == 0;
       continue;
+    }
+    if (isBegin || isEnd) {
+      VpiVal_getCstr(val, scratch, 0, nullptr);
+      const FrameMark step = marks.mark(isEnd, scratch.c_str());
+      if (step == FrameMark::kEnd) return 1;
+      if (step == FrameMark::kDrop) continue;
+      IStrm_rewind(val);
     }
     onProp(name.get(), params.get(), val.get());
   }
+}
+
+template <class OnProp>
+int32_t readFrame(IStrm *strm, const char *word, OnProp onProp) {
+  WordMarks marks{word};
+  return readFrame(strm, word, marks, onProp);
 }
 
 // Rows most formats share. Ctx has `ver` (uint32_t *) and, for the second,

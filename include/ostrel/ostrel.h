@@ -13,5 +13,7 @@
 #include "ostrel/VnoteEd.h"
 #include "ostrel/BkmItem.h"
 #include "ostrel/VbkmEd.h"
+#include "ostrel/CalItem.h"
+#include "ostrel/VcalEd.h"
 
 #endif /* OSTREL_ALL_H */

@@ -88,7 +88,7 @@ for t in vcard21 VCARD30 vCard21; do
 done
 for t in vcard40 vcard99 vcal; do
   expect_status 2 "$tool" convert "$tmp/two.vcf" --to "$t"
-  expect_line "$tmp/err" 'the targets are: vcard21, vcard30, vnote11, vbkm11$'
+  expect_line "$tmp/err" 'the targets are: vcard21, vcard30, vnote11, vbkm11, vcal10$'
 done
 
 # show and --json on the samples.
@@ -108,7 +108,7 @@ expect_status 1 "$tool" inspect "$tmp/empty"
 expect_line "$tmp/err" 'empty: empty$'
 printf 'BEGIN:VCALENDAR\r\nEND:VCALENDAR\r\n' >"$tmp/cal.vcs"
 expect_status 1 "$tool" inspect "$tmp/cal.vcs"
-expect_line "$tmp/err" 'starts with BEGIN:VCALENDAR: vCalendar, a format this build does not read'
+expect_line "$tmp/err" 'not a known format .*it starts with "BEGIN:VCALENDAR"'
 for bytes in '\xEF\xBB' '\xFF\xFE' '\xFE\xFF\x00' '\xFF\xFEB\x00E\x00G' 'N:\x00\x00a\r\n'; do
   printf "$bytes" >"$tmp/odd"
   "$tool" inspect "$tmp/odd" >/dev/null 2>&1
@@ -204,6 +204,27 @@ if [ -n "$corpus" ] && [ -d "$corpus/vcard" ]; then
     tail -n 1 "$tmp/out"
   done
   echo "inspected $files corpus files"
+fi
+
+# Calendar entries: the sample, a conversion that reads back the same, the
+# dropped-property account, and the corpus with its broken file named.
+expect_status 0 "$tool" show "$samples/calendar.vcs"
+expect_line "$tmp/out" 'calendar\.vcs: 3 calendar entries$'
+expect_line "$tmp/out" '^  Summary: Caf.+ mit dem Team$'
+expect_line "$tmp/out" '^  Start: 2026-12-28$'
+expect_line "$tmp/out" '^  Due: 2026-11-30T17:00:00$'
+expect_status 0 "$tool" convert "$samples/calendar.vcs" --to vcal10 -o "$tmp/cal10.vcs"
+"$tool" inspect "$samples/calendar.vcs" | grep -v 'calendar\.vcs' >"$tmp/a"
+"$tool" inspect "$tmp/cal10.vcs" | grep -v 'cal10\.vcs' >"$tmp/b"
+cmp -s "$tmp/a" "$tmp/b" || fail "vcal10 conversion changed a calendar record"
+printf 'BEGIN:VCALENDAR\r\nBEGIN:VEVENT\r\nX-FOO:1\r\nEND:VEVENT\r\nEND:VCALENDAR\r\n' >"$tmp/x.vcs"
+expect_status 0 "$tool" --dropped inspect "$tmp/x.vcs"
+expect_line "$tmp/out" 'X-FOO'
+if [ -n "$corpus" ] && [ -d "$corpus/vcalendar" ]; then
+  expect_status 1 "$tool" inspect "$corpus/vcalendar/gammu__p990.vcs"
+  expect_line "$tmp/err" 'malformed property line at line 21 \(-251\)'
+  "$tool" inspect "$corpus"/vcalendar/*.vcs "$corpus"/vcalendar/*.ics "$corpus"/vcalendar/*.vcf >/dev/null 2>&1
+  [ $? -le 1 ] || fail "inspect of the calendar corpus crashed"
 fi
 
 if [ "$failures" -ne 0 ]; then

@@ -9,18 +9,18 @@ extern const Format kGroupFormat;
 extern const Format kContactFormat;
 extern const Format kNoteFormat;
 extern const Format kBookmarkFormat;
+extern const Format kCalendarFormat;
 
 std::span<const Format> formats() {
-  static const std::array<Format, 4> kAll{kGroupFormat, kContactFormat, kNoteFormat,
-                                          kBookmarkFormat};
+  static const std::array<Format, 5> kAll{kGroupFormat, kContactFormat, kNoteFormat,
+                                          kBookmarkFormat, kCalendarFormat};
   return kAll;
 }
 
 // Phone formats whose readers are still to come: a file that starts so is
 // named for what it is instead of being called unknown.
 std::span<const Unread> unreadFormats() {
-  static constexpr std::array<Unread, 5> kAll{{
-      {"BEGIN:VCALENDAR", "vCalendar"},
+  static constexpr std::array<Unread, 4> kAll{{
       {"BEGIN:VSMS", "VSMS"},
       {"BEGIN:X-VMSG", "3G message text"},
       {"<?xml", "XML listing"},
