@@ -5,7 +5,8 @@
 // back with the same trace text from being written and read again, apart
 // from the attendee's TYPE (not written) and the texts that cannot come back
 // by the codec's rules: a backslash in a raw date list (doubled each pass),
-// an unknown category or resource holding ";" (read back split), and
+// an unknown category or resource holding ";" or a backslash (written
+// unescaped, so read back split or halved), and
 // parameter texts that hold a word the parameter search would misread.
 #include <cstddef>
 #include <cstdint>
@@ -41,7 +42,8 @@ bool fmtMisread(const char *fmt) {
 
 bool comparable(const CalItem &c) {
   if (holds(c.dtExcepts, "\\") || holds(c.dtRecurs, "\\")) return false;
-  if (holds(c.cateExts, ";") || holds(c.rscExt, ";")) return false;
+  // Unknown words go out unescaped, so their ";" splits and "\\" halves.
+  if (holds(c.cateExts, ";\\") || holds(c.rscExt, ";\\")) return false;
   if (fmtMisread(c.aalarm.audioFmt)) return false;
   for (const CalAttach *a = c.attachs; a != nullptr; a = a->next)
     if (fmtMisread(a->fmt)) return false;
