@@ -7,5 +7,7 @@
 #include "ostrel/PbItem.h"
 #include "ostrel/GrpItem.h"
 #include "ostrel/VcardEd.h"
+#include "ostrel/SmsItem.h"
+#include "ostrel/PsmsEd.h"
 
 #endif /* OSTREL_ALL_H */
