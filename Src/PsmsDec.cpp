@@ -76,7 +76,8 @@ void decUserData(Reader &r, SmsItem *item, uint8_t fo, uint8_t dcs) {
       r.cut = true;
       return;
     }
-    int32_t octets = (udl * 7 + fill + 7) / 8;
+    // Fill bits alone take no octet: a header without text ends the PDU.
+    int32_t octets = udl > 0 ? (udl * 7 + fill + 7) / 8 : 0;
     if (octets > r.left()) {
       octets = r.left();
       r.cut = true;

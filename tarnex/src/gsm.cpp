@@ -173,7 +173,7 @@ int32_t GsmUtil_decObsTime(KvoDt *dt, const uint8_t *buf, int32_t len) {
 
 int32_t GsmUtil_enc7BitStr(uint8_t *buf, int32_t size, const uint8_t *septets, int32_t count,
                            int32_t fill) {
-  if (count < 0) count = 0;
+  if (count <= 0) return 0;  // no septet, no fill octet
   if (fill < 0 || fill > 6) fill = 0;
   const int32_t need = (fill + 7 * count + 7) / 8;
   uint32_t acc = 0;
