@@ -21,13 +21,7 @@ struct Group {
 void readRaw(IStrm *val, KvoStr *out) { VpiVal_getCstr(val, out, 0, nullptr); }
 
 constexpr FrameRow<Group> kProps[] = {
-    {"VERSION",
-     [](Group &g, const FrameProp &p) {
-       if (g.ver == nullptr) return;
-       tarnex::ScratchStr<32> text;
-       readRaw(p.val, text);
-       *g.ver = ver_str_to_ver(text.c_str());
-     }},
+    {"VERSION", ostrel::detail::readVersion<Group>},
     {"X-GRPV",
      [](Group &g, const FrameProp &p) { VpiVal_getCwcs(p.val, &g.item->name, 1, nullptr); }},
     {"X-GRPI",

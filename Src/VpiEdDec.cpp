@@ -62,7 +62,8 @@ const uint8_t *headStop(const uint8_t *p, const uint8_t *lim) {
 bool readPlainHead(IStrm *raw, KvoStr *name, KvoStr *params) {
   const uint8_t *p = nullptr;
   const int64_t n = IStrm_peek(raw, &p);
-  if (n <= 0 || p == nullptr) return false;
+  // A leading 0xEF may be a byte-order mark, which the lexer passes over.
+  if (n <= 0 || p == nullptr || *p == 0xEF) return false;
   const uint8_t *const lim = p + n;
   const uint8_t *const nameEnd = headStop(p, lim);
   if (nameEnd == p || nameEnd == lim || (*nameEnd != ';' && *nameEnd != ':')) return false;

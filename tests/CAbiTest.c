@@ -30,6 +30,13 @@ int main(void) {
     CHECK(IStrm_size(m) == 2);
     IStrm_delete(m);
   }
+  {
+    /* The rule model's unions have the same layout in C. */
+    RrItem item;
+    CHECK(sizeof(RrItem) == 200 && sizeof(RrYearSub) == 100);
+    CHECK(Vrr_dec("YM1 6 #5 MP1 1+ SU #2", &item) == 1);
+    CHECK(item.arule.yearMonth.sub.monthPos.pos[0].bits == ((1u << 17) | 1u));
+  }
   Ostrel_exit();
   return 0;
 }

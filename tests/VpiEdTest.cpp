@@ -318,6 +318,10 @@ TEST(VpiDec, PropertiesOfAStream) {
   EXPECT_EQ(decodeAll("NOTE:a\r\n b\r\n\tc\r\n"), (V{"NOTE||abc", "0"}));
   EXPECT_EQ(decodeAll(std::string("NOTE:a\0b\xFF\r\n", 9)),
             (V{std::string("NOTE||a\0b\xFF", 10), "0"}));
+  // A byte-order mark belongs to no name, but only at the very start.
+  EXPECT_EQ(decodeAll("\xEF\xBB\xBFN;X:1\r\n\xEF\xBB\xBF" "B:2\r\n"),
+            (V{"N|;X|1", "\xEF\xBB\xBF" "B||2", "0"}));
+  EXPECT_EQ(decodeAll("\xEF\xBBN:1"), (V{"\xEF\xBBN||1", "0"}));
   EXPECT_EQ(decodeAll("NOTE\r\nN:x\r\n"), (V{"-251"}));  // a line without ":"
   EXPECT_EQ(decodeAll("N;A\r\n:x\r\n"), (V{"-251"}));
   const std::string huge(1 << 20, 'q');  // far past every line buffer

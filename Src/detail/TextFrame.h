@@ -65,7 +65,7 @@ template <class OnProp>
 int32_t readFrame(IStrm *strm, const char *word, OnProp onProp) {
   tarnex::ScratchStr<32> name;
   tarnex::ScratchStr<128> params;
-  tarnex::ScratchMemStrm val(512);
+  tarnex::StackMemStrm<512> val;  // ordinary values need no heap
   tarnex::ScratchStr<32> scratch;
   bool beg = false;
   for (;;) {
@@ -85,6 +85,30 @@ int32_t readFrame(IStrm *strm, const char *word, OnProp onProp) {
     }
     onProp(name.get(), params.get(), val.get());
   }
+}
+
+// Rows most formats share. Ctx has `ver` (uint32_t *) and, for the second,
+// `luid` (KvoStr *); each may be null, and the line is then read and
+// dropped, without an "un-handled" trace.
+template <class Ctx>
+void readVersion(Ctx &ctx, const FrameProp &p) {
+  if (ctx.ver == nullptr) return;
+  tarnex::ScratchStr<32> text;
+  VpiVal_getCstr(p.val, text, 0, nullptr);  // whole and raw
+  *ctx.ver = ver_str_to_ver(text.c_str());
+}
+
+template <class Ctx>
+void readLuid(Ctx &ctx, const FrameProp &p) {
+  if (ctx.luid != nullptr) VpiVal_getCstr(p.val, ctx.luid, 1, nullptr);
+}
+
+// A date value, read escaped; an empty one leaves the date as it is, and
+// one the foundation refuses leaves it unset.
+inline void readDate(const FrameProp &p, KvoDt *dt) {
+  tarnex::ScratchStr<32> text;
+  VpiVal_getCstr(p.val, text, 1, nullptr);
+  if (text.len() != 0) iso_dt_dec(text.c_str(), dt);
 }
 
 // The first row whose name equals `name` (case ignored), or null.
@@ -122,6 +146,20 @@ int32_t decodeFrame(IStrm *strm, const char *word, const FrameRow<Ctx> (&table)[
     else
       traceUnhandled(prop.name, val, 3);
   });
+}
+
+// The whole of a small decoder around decodeFrame: the record cleared
+// before and again below 1, the stream's position traced at entry and exit
+// ("vnote: 0/120", or bracketed "[vbkm: 0/96]").
+template <class Ctx, size_t N, class Item>
+int32_t decodeRecord(IStrm *strm, const char *word, const FrameRow<Ctx> (&table)[N], Ctx &ctx,
+                     Item *item, void (*clear)(Item *), const char *codec, bool bracketed) {
+  tracePos(codec, strm, bracketed);
+  clear(item);
+  const int32_t rc = decodeFrame(strm, word, table, ctx);
+  if (rc < 1) clear(item);
+  tracePos(codec, strm, bracketed);
+  return rc;
 }
 
 }  // namespace ostrel::detail

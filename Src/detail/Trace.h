@@ -56,6 +56,22 @@ inline void openOutput(IStrm *strm, int32_t append) {
     IStrm_seek(strm, 0, KVO_SEEK_END);
 }
 
+// "vnote: 12/300", or "[vnote: 12/300]" bracketed: where a codec stands in
+// its stream.
+inline void tracePos(const char *codec, IStrm *strm, bool bracketed) {
+  if (!traceOn(kModule, kCatPos, 3)) return;
+  tout_beg(__FILE__, __LINE__, kModule, kCatPos, 3);
+  const int pos = static_cast<int>(IStrm_tell(strm)), size = static_cast<int>(IStrm_size(strm));
+  if (bracketed)
+    tout_fmt("[%s: %d/%d]", codec, pos, size);
+  else
+    tout_fmt("%s: %d/%d", codec, pos, size);
+  tout_endx();
+}
+
+// A date counts as set when its year or its hour word holds a value.
+inline bool dateSet(const KvoDt &dt) { return dt.year != KVO_DT_UNSET || dt.hour != KVO_DT_UNSET; }
+
 // The body of _tracex between its head and end lines: one "id = value\n"
 // line a member that is set.
 class TraceLines {
@@ -70,6 +86,13 @@ class TraceLines {
     tarnex::ScratchStr<256> utf8;
     KvoStr_setCwcs(utf8, value);
     text(id, utf8.c_str());
+  }
+  // A date that is set, in the form iso_dt_enc writes.
+  void date(const char *id, const KvoDt &value) {
+    if (!dateSet(value)) return;
+    tarnex::ScratchStr<32> text;
+    iso_dt_enc(text, &value);
+    IStrm_printf(strm_, "%s = %s\n", id, text.c_str());
   }
   void num(const char *id, int64_t value) {
     if (value != 0) IStrm_printf(strm_, "%s = %lld\n", id, static_cast<long long>(value));

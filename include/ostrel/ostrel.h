@@ -7,6 +7,12 @@
 #include "ostrel/PbItem.h"
 #include "ostrel/GrpItem.h"
 #include "ostrel/VcardEd.h"
+#include "ostrel/RrItem.h"
+#include "ostrel/VrrEd.h"
+#include "ostrel/NoteItem.h"
+#include "ostrel/VnoteEd.h"
+#include "ostrel/BkmItem.h"
+#include "ostrel/VbkmEd.h"
 #include "ostrel/SmsItem.h"
 #include "ostrel/PsmsEd.h"
 

@@ -195,6 +195,25 @@ int32_t lexGet(IStrm *strm, KvoStr *token, const char *delims, int32_t flags,
   }
 }
 
+// Text saved as UTF-8 by desktop programs often starts with the byte-order
+// mark EF BB BF. It is no part of the first word, or "\xEF\xBB\xBFBEGIN"
+// would not be a BEGIN line. Only the very start of the stream is looked
+// at; a window that does not start with 0xEF settles it without a tell.
+void skipByteOrderMark(IStrm *strm) {
+  static constexpr uint8_t kMark[3] = {0xEF, 0xBB, 0xBF};
+  const uint8_t *p = nullptr;
+  const int64_t n = IStrm_peek(strm, &p);
+  if (n > 0 && p != nullptr && p[0] != kMark[0]) return;
+  if (IStrm_tell(strm) != 0) return;
+  if (n >= 3 && p != nullptr) {
+    if (std::memcmp(p, kMark, 3) == 0) IStrm_seek(strm, 3, KVO_SEEK_CUR);
+    return;
+  }
+  uint8_t head[3];
+  const int32_t got = IStrm_read(strm, head, 3);
+  if (got != 3 || std::memcmp(head, kMark, 3) != 0) IStrm_seek(strm, 0, KVO_SEEK_SET);
+}
+
 int32_t skipLine(IStrm *strm, int32_t unfold) {
   Source src(strm);
   for (;;) {
@@ -222,6 +241,7 @@ TARNEX_API int32_t KvoLex_get(IStrm *strm, KvoStr *token, const char *delims, in
     kvo_assert__("strm", __FILE__, __LINE__);
     return KVO_EOS;
   }
+  skipByteOrderMark(strm);
   return lexGet(strm, token, delims, flags, eolTokens);
 }
 

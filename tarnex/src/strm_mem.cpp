@@ -1,4 +1,5 @@
-// Memory streams: one growing buffer on the heap.
+// Memory streams: one growing buffer on the heap, or first a caller's
+// buffer (MemStrm_xcreateExt__) that is left for the heap once outgrown.
 //
 // The bytes are always followed by a 0 byte that the size does not count,
 // so the text a codec wrote can go to C string functions without a copy.
@@ -26,12 +27,22 @@ MemStrm *self(IStrm *s) { return reinterpret_cast<MemStrm *>(s); }
 
 // Makes room for `need` bytes and the terminator (need <= MEMSTRM_MAX_SIZE).
 // Doubling keeps byte-by-byte writers linear.
+// `reserved` marks bytes that are the caller's: never freed or reallocated.
+constexpr int32_t kCallersBuffer = 1;
+
 void reserve(MemStrm *m, int64_t need) {
   if (need < m->cap) return;
   int64_t cap = std::max({need + 1, m->cap * 2, kMinCap});
   cap = std::min(cap, MEMSTRM_MAX_SIZE + 1);
-  m->data =
-      static_cast<uint8_t *>(kvo_realloc__(m->data, static_cast<size_t>(cap), __FILE__, __LINE__));
+  if (m->reserved == kCallersBuffer) {
+    auto *heap = static_cast<uint8_t *>(kvo_malloc__(static_cast<size_t>(cap), __FILE__, __LINE__));
+    std::memcpy(heap, m->data, static_cast<size_t>(m->size) + 1);
+    m->data = heap;
+    m->reserved = 0;
+  } else {
+    m->data = static_cast<uint8_t *>(
+        kvo_realloc__(m->data, static_cast<size_t>(cap), __FILE__, __LINE__));
+  }
   m->cap = cap;
 }
 
@@ -126,7 +137,7 @@ int64_t memPeek(IStrm *s, const uint8_t **p) {
 
 void memDel(IStrm *s) {
   MemStrm *m = self(s);
-  kvo_free__(m->data, __FILE__, __LINE__);
+  if (m->reserved != kCallersBuffer) kvo_free__(m->data, __FILE__, __LINE__);
   m->data = nullptr;
   if (m->ownSelf) kvo_free__(m, __FILE__, __LINE__);
 }
@@ -150,6 +161,21 @@ TARNEX_API IStrm *MemStrm_xcreatex__(MemStrm *storage, int32_t size, const char 
     m->data = static_cast<uint8_t *>(kvo_malloc__(static_cast<size_t>(m->cap), file, line));
     m->data[0] = 0;
   }
+  return &m->base;
+}
+
+TARNEX_API IStrm *MemStrm_xcreateExt__(MemStrm *storage, uint8_t *buf, int32_t size,
+                                       const char *file, int32_t line) {
+  if (buf == nullptr || size < 1) return MemStrm_xcreatex__(storage, 0, file, line);
+  MemStrm *m =
+      storage ? storage : static_cast<MemStrm *>(kvo_malloc__(sizeof(MemStrm), file, line));
+  *m = MemStrm{};
+  m->base.ops = &kMemOps;
+  m->ownSelf = storage == nullptr;
+  m->data = buf;
+  m->cap = size;
+  m->reserved = kCallersBuffer;
+  m->data[0] = 0;
   return &m->base;
 }
 

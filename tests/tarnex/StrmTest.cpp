@@ -95,6 +95,19 @@ struct MemKind {
   }
 };
 
+// A memory stream that starts in a caller's 8 bytes: most contents outgrow
+// them, so every step also runs across the move to the heap.
+struct MemInBufKind {
+  using Storage = MemStrm;
+  uint8_t buf[8];
+  IStrm *open(const std::string &content, Storage *storage = nullptr) {
+    IStrm *s = MemStrm_xcreateExt__(storage, buf, sizeof buf, __FILE__, __LINE__);
+    IStrm_write(s, content.data(), static_cast<int32_t>(content.size()));
+    IStrm_rewind(s);
+    return s;
+  }
+};
+
 struct StrKind {
   using Storage = StrStrm;
   std::string text;
@@ -139,8 +152,9 @@ class StrmKinds : public ::testing::Test {
 template <class Kind> class StrmRead : public StrmKinds<Kind> {};
 template <class Kind> class StrmWrite : public StrmKinds<Kind> {};
 template <class Kind> class StrmReadOnly : public StrmKinds<Kind> {};
-using AllKinds = ::testing::Types<MemKind, StrKind, FileKind<true>, FileKind<false>>;
-using WritableKinds = ::testing::Types<MemKind, FileKind<true>>;
+using AllKinds =
+    ::testing::Types<MemKind, MemInBufKind, StrKind, FileKind<true>, FileKind<false>>;
+using WritableKinds = ::testing::Types<MemKind, MemInBufKind, FileKind<true>>;
 using ReadOnlyKinds = ::testing::Types<StrKind, FileKind<false>>;
 TYPED_TEST_SUITE(StrmRead, AllKinds);
 TYPED_TEST_SUITE(StrmWrite, WritableKinds);

@@ -51,8 +51,117 @@ expect_line "$tmp/err" 'plain\.txt: not a known format'
 # A card cut short is reported with its number and offset, and the status says so.
 printf 'BEGIN:VCARD\r\nVERSION:2.1\r\nN:a\r\nEND:VCARD\r\nBEGIN:VCARD\r\nN:b\r\n' >"$tmp/cut.vcf"
 expect_status 1 "$tool" inspect "$tmp/cut.vcf"
-expect_line "$tmp/err" 'cut\.vcf: record 2 \(contact\) at byte 42: '
-expect_line "$tmp/out" 'cut\.vcf: 1 contact$'
+expect_line "$tmp/err" 'cut\.vcf: record 2 \(contact\) at byte 42, line 5: '
+expect_line "$tmp/out" 'cut\.vcf: 1 contact; 1 record failed$'
+
+# A bad card in the middle of four: the walk goes on at the next card and
+# names the record's line and the bad line; the contacts around it are read.
+card() { printf 'BEGIN:VCARD\r\nVERSION:2.1\r\nN:%s\r\n%bEND:VCARD\r\n' "$1" "${2:-}"; }
+{ card a; card b 'FN\r\n'; card c 'X-FOO:1\r\nitem1.EMAIL:x@y\r\n'; card d 'X-FOO:2\r\n'; } >"$tmp/four.vcf"
+expect_status 1 "$tool" inspect --dropped "$tmp/four.vcf"
+expect_line "$tmp/err" 'four\.vcf: record 2 \(contact\) at byte 42, line 5: malformed property line at line 8 \(-251\)$'
+expect_line "$tmp/out" 'four\.vcf: 3 contacts; 1 record failed; 3 lines dropped \(X-FOO 2, item1\.EMAIL 1\)$'
+expect_line "$tmp/out" 'four\.vcf: record 3, line 14: item1\.EMAIL dropped$'
+expect_line "$tmp/out" 'four\.vcf: record 4, line 19: X-FOO dropped$'
+
+# A byte-order mark, and UTF-16 either way with or without one, read alike.
+{ card a; card b; } >"$tmp/two.vcf"
+printf '\xEF\xBB\xBF' | cat - "$tmp/two.vcf" >"$tmp/bom.vcf"
+iconv -f UTF-8 -t UTF-16LE "$tmp/two.vcf" >"$tmp/le.vcf"
+iconv -f UTF-8 -t UTF-16BE "$tmp/two.vcf" >"$tmp/be.vcf"
+printf '\xFF\xFE' | cat - "$tmp/le.vcf" >"$tmp/le-mark.vcf"
+printf '\xFE\xFF' | cat - "$tmp/be.vcf" >"$tmp/be-mark.vcf"
+for f in bom le be le-mark be-mark; do
+  expect_status 0 "$tool" inspect "$tmp/$f.vcf"
+  expect_line "$tmp/out" "$f\\.vcf: 2 contacts\$"
+done
+expect_line "$tmp/err" 'be-mark\.vcf: UTF-16BE text with a byte-order mark, read as UTF-8'
+
+# Records are taken in the order they begin, whatever comes before them.
+{ printf '0791947106004034040D91\r\nBEGIN:VCALENDAR\r\nEND:VCALENDAR\r\n'; card z; } >"$tmp/mixed.txt"
+expect_status 0 "$tool" inspect "$tmp/mixed.txt"
+expect_line "$tmp/out" 'mixed\.txt: 1 contact$'
+
+# Targets: the registry's, in any case; anything else is a usage error.
+for t in vcard21 VCARD30 vCard21; do
+  expect_status 0 "$tool" convert "$tmp/two.vcf" --to "$t"
+done
+for t in vcard40 vcard99 vcal; do
+  expect_status 2 "$tool" convert "$tmp/two.vcf" --to "$t"
+  expect_line "$tmp/err" 'the targets are: vcard21, vcard30, vnote11, vbkm11$'
+done
+
+# show and --json on the samples.
+expect_status 0 "$tool" show "$samples/contacts.vcf"
+expect_line "$tmp/out" '^  Phone \(cell, preferred\): \+491701234567$'
+expect_line "$tmp/out" '^  Photo: PNG photo, 77 bytes$'
+expect_line "$tmp/out" '^  Birthday: 1984-03-07$'
+expect_line "$tmp/out" 'record 4: group \(vCard 2\.1\), line 37$'
+expect_status 0 "$tool" --json-binary show "$samples/contacts.vcf"
+[ "$(wc -l <"$tmp/out")" -eq 4 ] || fail "--json: expected four lines"
+expect_line "$tmp/out" '"binary":\{"what":"PNG photo","size":77,"base64":"iVBORw0KGgo'
+expect_line "$tmp/err" 'contacts\.vcf: 3 contacts, 1 group$'
+
+# Files that are not what they seem: a clear answer, never a crash.
+printf '' >"$tmp/empty"
+expect_status 1 "$tool" inspect "$tmp/empty"
+expect_line "$tmp/err" 'empty: empty$'
+printf 'BEGIN:VCALENDAR\r\nEND:VCALENDAR\r\n' >"$tmp/cal.vcs"
+expect_status 1 "$tool" inspect "$tmp/cal.vcs"
+expect_line "$tmp/err" 'starts with BEGIN:VCALENDAR: vCalendar, a format this build does not read'
+for bytes in '\xEF\xBB' '\xFF\xFE' '\xFE\xFF\x00' '\xFF\xFEB\x00E\x00G' 'N:\x00\x00a\r\n'; do
+  printf "$bytes" >"$tmp/odd"
+  "$tool" inspect "$tmp/odd" >/dev/null 2>&1
+  [ $? -le 1 ] || fail "inspect of '$bytes' crashed"
+done
+printf '\xFF\xFE' | cat - "$tmp/le.vcf" | head -c -1 >"$tmp/le-odd.vcf"
+expect_status 0 "$tool" inspect "$tmp/le-odd.vcf"
+expect_line "$tmp/err" 'odd last byte was dropped'
+{ card a; printf 'N:\x00b\r\n'; card b; } >"$tmp/nul.vcf"
+expect_status 0 "$tool" inspect "$tmp/nul.vcf"
+for i in $(seq 1 10000); do printf 'BEGIN:VCARD\r\nFN\r\n'; done >"$tmp/many.vcf"
+expect_status 1 "$tool" inspect "$tmp/many.vcf"
+[ "$(wc -l <"$tmp/err")" -eq 21 ] || fail "10,000 failures: expected 20 messages and a count"
+expect_line "$tmp/err" 'many\.vcf: 9980 more failed records not listed$'
+# Cards that never end: one failure, not one read to the end per card.
+for i in $(seq 1 10000); do printf 'BEGIN:VCARD\r\nN:b\r\n'; done >"$tmp/unended.vcf"
+expect_status 1 "$tool" inspect "$tmp/unended.vcf"
+expect_line "$tmp/out" 'unended\.vcf: no records; 1 record failed$'
+expect_line "$tmp/err" 'no end line follows, so no later contact is looked for$'
+
+truncate -s 3G "$tmp/huge.vcf"  # sparse: refused by its size, never read
+expect_status 1 "$tool" inspect "$tmp/huge.vcf"
+expect_line "$tmp/err" 'huge\.vcf: larger than 2 GiB, not read$'
+rm -f "$tmp/huge.vcf"
+
+# convert -o onto its own input: never loses records.
+cp "$tmp/four.vcf" "$tmp/self.vcf"
+expect_status 1 "$tool" convert "$tmp/self.vcf" --to vcard30 -o "$tmp/self.vcf"
+expect_line "$tmp/err" 'not overwritten'
+cmp -s "$tmp/four.vcf" "$tmp/self.vcf" || fail "convert -o onto a failing input changed it"
+cp "$tmp/two.vcf" "$tmp/self.vcf"
+expect_status 0 "$tool" convert "$tmp/self.vcf" --to vcard30 -o "$tmp/self.vcf"
+expect_line "$tmp/self.vcf" '^VERSION:3\.0'
+
+# Notes and bookmarks: read, converted and read back the same; mixed with
+# cards in one file, every record is read in order.
+for f in notes.vnt:vnote11:'2 notes' bookmarks.vbk:vbkm11:'2 bookmarks'; do
+  IFS=: read -r name target count <<<"$f"
+  expect_status 0 "$tool" show "$samples/$name"
+  cp "$tmp/out" "$tmp/show1"
+  expect_status 0 "$tool" convert "$samples/$name" --to "$target" -o "$tmp/$name"
+  expect_status 0 "$tool" show "$tmp/$name"
+  diff <(sed 1d "$tmp/show1" | grep -v "$name") <(sed 1d "$tmp/out" | grep -v "$name") >/dev/null ||
+    fail "$name changed through convert --to $target"
+  expect_line "$tmp/out" ": $count\$"
+done
+expect_line "$tmp/show1" '^  Title: Fahrpläne$'
+{ cat "$samples/notes.vnt"; card m; cat "$samples/bookmarks.vbk"; printf 'BEGIN:VNOTE\r\nBODY:cut'; } >"$tmp/mixed.all"
+expect_status 1 "$tool" inspect "$tmp/mixed.all"
+expect_line "$tmp/out" 'mixed\.all: 2 notes, 1 contact, 2 bookmarks; 1 record failed$'
+expect_line "$tmp/err" 'record 6 \(note\) at byte [0-9]+, line 31: no record'
+expect_status 1 "$tool" convert "$tmp/mixed.all" --to vnote11
+expect_line "$tmp/err" 'a contact cannot be written as vnote11$'
 
 # A missing file.
 expect_status 1 "$tool" inspect "$tmp/none.vcf"

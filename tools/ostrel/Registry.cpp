@@ -1,4 +1,4 @@
-// The formats the tool knows, in the order their claims are asked.
+// The formats the tool knows, in the order that settles a tie.
 #include <array>
 
 #include "Format.h"
@@ -7,9 +7,25 @@ namespace ostrel_tool {
 
 extern const Format kGroupFormat;
 extern const Format kContactFormat;
+extern const Format kNoteFormat;
+extern const Format kBookmarkFormat;
 
 std::span<const Format> formats() {
-  static const std::array<Format, 2> kAll{kGroupFormat, kContactFormat};
+  static const std::array<Format, 4> kAll{kGroupFormat, kContactFormat, kNoteFormat,
+                                          kBookmarkFormat};
+  return kAll;
+}
+
+// Phone formats whose readers are still to come: a file that starts so is
+// named for what it is instead of being called unknown.
+std::span<const Unread> unreadFormats() {
+  static constexpr std::array<Unread, 5> kAll{{
+      {"BEGIN:VCALENDAR", "vCalendar"},
+      {"BEGIN:VSMS", "VSMS"},
+      {"BEGIN:X-VMSG", "3G message text"},
+      {"<?xml", "XML listing"},
+      {"\x8C", "binary MMS"},
+  }};
   return kAll;
 }
 

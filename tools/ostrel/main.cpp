@@ -1,6 +1,6 @@
 // ostrel: shows what the library does with a phone's files. It finds the
-// format of each file by its content, decodes every record, prints each
-// record's trace text, and converts between versions.
+// format of each file by its content, decodes every record, shows it
+// readably, as trace text or as JSON, and converts between versions.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -15,31 +15,42 @@ namespace {
 using ostrel_tool::Options;
 
 constexpr const char *kUsage =
-    "usage: ostrel [--trace CATEGORIES] COMMAND [ARGS]\n"
+    "usage: ostrel [OPTIONS] COMMAND FILE...\n"
     "\n"
     "commands:\n"
-    "  inspect FILE...                 decode every record and print its trace text\n"
+    "  show FILE...      each record as a person reads it: labels, dates in ISO\n"
+    "                    form, photos by kind and size\n"
+    "  inspect FILE...   each record as the library's trace text, for checking\n"
+    "                    what the library made of it\n"
     "  convert FILE... --to TARGET [-o OUT]\n"
-    "                                  decode and encode again (vcard21, vcard30)\n"
+    "                    decode every record and write it again as TARGET\n"
     "\n"
     "options:\n"
+    "  --json            show/inspect: one JSON object a record (JSON Lines);\n"
+    "                    summaries go to standard error\n"
+    "  --json-binary     with --json: binary values (photos) in Base64 too\n"
+    "  --dropped         list each line the library dropped, with its record\n"
     "  --trace CATEGORIES  library trace to stderr: a number, or names joined by\n"
-    "                      commas: pos, field, unknown, func, text, all\n"
-    "  --help              this text; 'ostrel COMMAND --help' for one command\n"
-    "  --version           the version\n"
+    "                    commas: pos, field, unknown, func, text, all\n"
+    "  --help            this text; 'ostrel COMMAND --help' for one command\n"
+    "  --version         the version\n"
     "\n"
-    "FILE may be '-' for standard input.\n";
+    "FILE may be '-' for standard input. Formats are found by content; a file may\n"
+    "mix them. UTF-16 files are read as UTF-8. A record that fails is reported\n"
+    "with its number, byte offset and line, and the rest of the file is read.\n"
+    "Exit status: 0 all read, 1 a file or record failed, 2 a usage error.\n";
+
+constexpr const char *kShowUsage =
+    "usage: ostrel show [--json [--json-binary]] [--dropped] FILE...\n"
+    "Prints each record readably with its file, number, format and version, one\n"
+    "blank line between records, then a summary line per file that counts the\n"
+    "records and the lines the library dropped.\n";
 
 constexpr const char *kInspectUsage =
-    "usage: ostrel inspect FILE...\n"
-    "Recognises each file's format by content, decodes every record in order,\n"
-    "prints each record's trace text and one summary line per file. Exits 1 when\n"
-    "a file is not a known format or a record fails.\n";
-
-constexpr const char *kConvertUsage =
-    "usage: ostrel convert FILE... --to vcard21|vcard30 [-o OUT]\n"
-    "Decodes every record and encodes it again in the target version, to OUT or\n"
-    "standard output. Exits 1 when a record cannot be read or converted.\n";
+    "usage: ostrel inspect [--json [--json-binary]] [--dropped] FILE...\n"
+    "Prints each record's trace text (the library's own view of the record) and\n"
+    "a summary line per file. Exits 1 when a file is not a known format or a\n"
+    "record fails.\n";
 
 int usageError(const std::string &message) {
   std::fprintf(stderr, "ostrel: %s\nTry 'ostrel --help'.\n", message.c_str());
@@ -82,6 +93,16 @@ bool parseCategories(std::string_view text, uint32_t *out) {
 
 }  // namespace
 
+std::string convertUsage() {
+  return "usage: ostrel convert FILE... --to TARGET [-o OUT]\n"
+         "Decodes every record and encodes it again as TARGET (case ignored), to OUT\n"
+         "or standard output; summaries and lost lines go to standard error. OUT is\n"
+         "replaced only when the whole conversion is written, and an input named as\n"
+         "OUT is never overwritten when a record of it failed.\n"
+         "targets:\n" +
+         ostrel_tool::targetHelp();
+}
+
 int main(int argc, char **argv) {
   std::vector<std::string_view> args(argv + 1, argv + argc);
   Options opts;
@@ -99,6 +120,13 @@ int main(int argc, char **argv) {
       const char *v = value();
       if (!v || !parseCategories(v, &opts.traceCategories))
         return usageError("--trace needs categories: a number or pos,field,unknown,func,text,all");
+    } else if (a == "--json") {
+      opts.out.mode = ostrel_tool::Mode::Json;
+    } else if (a == "--json-binary") {
+      opts.out.mode = ostrel_tool::Mode::Json;
+      opts.out.jsonBinary = true;
+    } else if (a == "--dropped") {
+      opts.out.listDropped = true;
     } else if (a == "--to") {
       const char *v = value();
       if (!v) return usageError("--to needs a target");
@@ -124,15 +152,19 @@ int main(int argc, char **argv) {
     }
     return usageError("no command given");
   }
-  if (command == "inspect") {
-    if (help) return std::fputs(kInspectUsage, stdout), 0;
-    if (opts.files.empty()) return usageError("inspect needs at least one FILE");
-    return ostrel_tool::runInspect(opts);
+  if (command == "inspect" || command == "show") {
+    if (help) return std::fputs(command == "show" ? kShowUsage : kInspectUsage, stdout), 0;
+    if (opts.files.empty()) return usageError(command + " needs at least one FILE");
+    if (command == "show" && opts.out.mode != ostrel_tool::Mode::Json)
+      opts.out.mode = ostrel_tool::Mode::Show;
+    return ostrel_tool::runRead(opts);
   }
   if (command == "convert") {
-    if (help) return std::fputs(kConvertUsage, stdout), 0;
+    if (help) return std::fputs(convertUsage().c_str(), stdout), 0;
     if (opts.files.empty()) return usageError("convert needs at least one FILE");
-    if (opts.target.empty()) return usageError("convert needs --to TARGET");
+    if (opts.target.empty())
+      return usageError("convert needs --to TARGET (" + ostrel_tool::targetNames() + ")");
+    if (opts.out.mode == ostrel_tool::Mode::Json) return usageError("--json goes with show or inspect");
     return ostrel_tool::runConvert(opts);
   }
   return usageError("unknown command '" + command + "'");

@@ -15,6 +15,8 @@
  *   KVO_LEX_EOL (0x103)      a line end (when line ends are tokens).
  *   a delimiter byte         the delimiter itself (';' gives 0x3B).
  *   KVO_EOS (-202)           the end of the stream.
+ * A UTF-8 byte-order mark (EF BB BF) at the very start of the stream is
+ * passed over by KvoLex_get: it is no part of the first line's name.
  * A word holds at least one byte; the token holds the word, the delimiter
  * byte, or nothing (line end, end of stream). Nothing is trimmed.
  * Double quotes: unless KVO_LEX_NO_QUOTES is given, a delimiter inside a

@@ -121,6 +121,25 @@ class ScratchMemStrm {
 };
 
 // A read-only stream over a caller's text, object in the owner.
+// A memory stream whose first N bytes live on the stack.
+template <int32_t N>
+class StackMemStrm {
+ public:
+  explicit StackMemStrm(const char *file = __builtin_FILE(), int32_t line = __builtin_LINE())
+      : s_(MemStrm_xcreateExt__(&storage_, buf_, N, file, line)) {}
+  ~StackMemStrm() { IStrm_delete(s_); }
+  StackMemStrm(const StackMemStrm &) = delete;
+  StackMemStrm &operator=(const StackMemStrm &) = delete;
+
+  IStrm *get() const { return s_; }
+  operator IStrm *() const { return s_; }
+
+ private:
+  uint8_t buf_[N];
+  MemStrm storage_;
+  IStrm *s_;
+};
+
 class ScratchStrStrm {
  public:
   ScratchStrStrm(const char *text, int32_t len, const char *file = __builtin_FILE(),

@@ -143,6 +143,12 @@ typedef struct FileStrm {
 /* An empty memory stream with room for `size` bytes (negative: 0). */
 TARNEX_API IStrm *MemStrm_xcreatex__(MemStrm *storage, int32_t size, const char *file,
                                      int32_t line);
+/* An empty memory stream that starts in the caller's buf of size bytes (one
+ * of them kept for the terminator) and moves to the heap only when its
+ * content outgrows them; buf must outlive the stream and is never freed.
+ * A null buf or a size below 1 gives MemStrm_xcreatex__(storage, 0). */
+TARNEX_API IStrm *MemStrm_xcreateExt__(MemStrm *storage, uint8_t *buf, int32_t size,
+                                       const char *file, int32_t line);
 /* A read-only stream over len bytes of text (len < 0: up to the terminator).
  * A null text gives an empty stream. */
 TARNEX_API IStrm *StrStrm_xcreate__(StrStrm *storage, const char *text, int32_t len,

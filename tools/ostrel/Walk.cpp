@@ -1,0 +1,237 @@
+#include "Walk.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <string_view>
+
+#include "Dropped.h"
+#include "Scan.h"
+#include "tarnex/scratch.hpp"
+
+namespace ostrel_tool {
+namespace {
+
+// A file of many broken records gets this many messages, then a count.
+constexpr int kMaxFailureMessages = 20;
+
+// Counts lines forward from the last place asked for, so a walk over a file
+// counts each byte once.
+class LineCounter {
+ public:
+  explicit LineCounter(std::string_view text) : text_(text) {}
+  size_t at(size_t offset) {
+    if (offset < pos_) pos_ = 0, line_ = 1;
+    offset = std::min(offset, text_.size());
+    while (pos_ < offset) {
+      const size_t next = nextLineStart(text_, pos_);
+      if (next > offset) break;
+      pos_ = next;
+      ++line_;
+    }
+    return line_;
+  }
+
+ private:
+  std::string_view text_;
+  size_t pos_ = 0, line_ = 1;
+};
+
+// Where each format's next record begins, asked again only once the walk
+// has passed it: without this a format absent from a large file would scan
+// the rest of it for every record.
+class Claims {
+ public:
+  explicit Claims(std::string_view data) : data_(data), next_(formats().size(), kUnknown) {}
+
+  // A format none of whose records can be read any more.
+  void drop(const Format *format) { next_[static_cast<size_t>(format - formats().data())] = kNone; }
+
+  // The format whose record begins first at or after pos, and where.
+  const Format *first(size_t pos, size_t *at) {
+    const Format *best = nullptr;
+    for (size_t i = 0; i < formats().size(); ++i) {
+      if (next_[i] != kNone && (next_[i] == kUnknown || next_[i] < pos)) {
+        const auto found = formats()[i].claims(data_.substr(pos));
+        next_[i] = found ? pos + *found : kNone;
+      }
+      if (next_[i] != kNone && (best == nullptr || next_[i] < *at)) {
+        best = &formats()[i];
+        *at = next_[i];
+      }
+    }
+    return best;
+  }
+
+ private:
+  static constexpr size_t kUnknown = static_cast<size_t>(-1), kNone = static_cast<size_t>(-2);
+  std::string_view data_;
+  std::vector<size_t> next_;
+};
+
+// The line of each dropped property, searched in order through the lines of
+// its record; "item1.EMAIL" is found as written.
+std::vector<DroppedLine> placeDropped(std::string_view data, size_t from, size_t to,
+                                      std::vector<std::string> names, LineCounter &lines) {
+  std::vector<DroppedLine> out;
+  size_t pos = from;
+  for (std::string &name : names) {
+    size_t found = std::string_view::npos;
+    // After a name that was not found again (one folded inside itself), the
+    // later ones are not searched: each search would run to the record's end.
+    for (size_t p = pos; p < to; p = nextLineStart(data, p)) {
+      if (isProperty(data.substr(p, to - p), name)) {
+        found = p;
+        break;
+      }
+    }
+    if (found == std::string_view::npos) {
+      out.push_back({std::move(name), 0});
+      pos = to;
+      continue;
+    }
+    out.push_back({std::move(name), lines.at(found)});
+    pos = nextLineStart(data, found);
+  }
+  return out;
+}
+
+// Printable head of a file for a refusal: its first line, cut and escaped.
+std::string headOf(std::string_view data) {
+  std::string out;
+  for (size_t i = 0; i < data.size() && i < 40; ++i) {
+    const auto c = static_cast<unsigned char>(data[i]);
+    if (c == '\r' || c == '\n') break;
+    if (c >= 0x20 && c < 0x7F) {
+      out += static_cast<char>(c);
+    } else {
+      char hex[8];
+      std::snprintf(hex, sizeof hex, "\\x%02X", c);
+      out += hex;
+    }
+  }
+  return out;
+}
+
+void reportUnknown(const Input &in) {
+  if (in.data.empty()) {
+    std::fprintf(stderr, "ostrel: %s: empty\n", in.name.c_str());
+    return;
+  }
+  std::string_view text(in.data);
+  if (text.substr(0, 3) == "\xEF\xBB\xBF") text.remove_prefix(3);
+  for (const Unread &u : unreadFormats()) {
+    if (startsWithNoCase(text, u.signature)) {
+      std::fprintf(stderr, "ostrel: %s: starts with %s: %s, a format this build does not read\n",
+                   in.name.c_str(), headOf(text).c_str(), std::string(u.name).c_str());
+      return;
+    }
+  }
+  // "vCard contacts and groups": the nouns of each title together.
+  std::vector<std::pair<std::string_view, std::string>> titles;
+  for (const Format &f : formats()) {
+    auto t = std::find_if(titles.begin(), titles.end(), [&](auto &p) { return p.first == f.title; });
+    if (t == titles.end())
+      titles.emplace_back(f.title, std::string(f.plural));
+    else
+      t->second += " and " + std::string(f.plural);
+  }
+  std::string known;
+  for (const auto &[title, nouns] : titles)
+    known += (known.empty() ? "" : ", ") + std::string(title) + " " + nouns;
+  std::fprintf(stderr, "ostrel: %s: not a known format (this build reads %s); it starts with \"%s\"\n",
+               in.name.c_str(), known.c_str(), headOf(text).c_str());
+}
+
+}  // namespace
+
+size_t lineOf(std::string_view text, size_t offset) { return LineCounter(text).at(offset); }
+
+WalkResult walk(const Input &in, DroppedLines &dropped, const OnRecord &onRecord) {
+  WalkResult result;
+  const std::string_view data(in.data);
+  tarnex::ScratchStrStrm stream(data);
+  Claims claims(data);
+  LineCounter lines(data);
+  // A UTF-8 mark belongs to no record; the scanners look behind it.
+  size_t pos = data.substr(0, 3) == "\xEF\xBB\xBF" ? 3 : 0;
+  int number = 0;
+  size_t at = 0;
+  while (const Format *format = claims.first(pos, &at)) {
+    ++number;
+    auto record = format->make();
+    IStrm_seek(stream, static_cast<int64_t>(at), KVO_SEEK_SET);
+    dropped.take();
+    const int32_t rc = record->decode(stream);
+    const size_t end = static_cast<size_t>(IStrm_tell(stream));
+    const size_t line = lines.at(at);
+    if (rc == 1 && end > at) {
+      Seen seen{*format, *record, in.name, number, at, line,
+                placeDropped(data, at, end, dropped.take(), lines)};
+      for (const DroppedLine &d : seen.dropped) ++result.droppedByName[d.name];
+      result.droppedLines += static_cast<int>(seen.dropped.size());
+      auto count = std::find_if(result.counts.begin(), result.counts.end(),
+                                [&](const auto &c) { return c.first == format; });
+      if (count == result.counts.end())
+        result.counts.emplace_back(format, 1);
+      else
+        ++count->second;
+      if (!onRecord(seen)) result.ok = false;
+      pos = end;
+      continue;
+    }
+    result.ok = false;
+    if (++result.failed <= kMaxFailureMessages) {
+      std::string where;
+      if (rc == OSTREL_MALFORMED && end > at)
+        where = " at line " + std::to_string(lineOf(data, end - 1));
+      const std::string_view why = resultText(rc);
+      std::fprintf(stderr, "ostrel: %s: record %d (%.*s) at byte %zu, line %zu: %.*s%s (%d)\n",
+                   in.name.c_str(), number, static_cast<int>(format->noun.size()),
+                   format->noun.data(), at, line, static_cast<int>(why.size()), why.data(),
+                   where.c_str(), rc);
+    }
+    // A record cut by the end of the data had no END line behind it, and so
+    // has none of its kind after it: trying each of them would read to the
+    // end again and again.
+    if (rc == OSTREL_OK) {
+      claims.drop(format);
+      if (result.failed <= kMaxFailureMessages)
+        std::fprintf(stderr, "ostrel: %s: no end line follows, so no later %.*s is looked for\n",
+                     in.name.c_str(), static_cast<int>(format->noun.size()), format->noun.data());
+    }
+    // Go on at the next record any format finds behind this one's first line.
+    pos = nextLineStart(data, at);
+  }
+  if (result.failed > kMaxFailureMessages)
+    std::fprintf(stderr, "ostrel: %s: %d more failed records not listed\n", in.name.c_str(),
+                 result.failed - kMaxFailureMessages);
+  if (number == 0) {
+    reportUnknown(in);
+    result.ok = false;
+  }
+  return result;
+}
+
+std::string summaryOf(const WalkResult &r) {
+  std::string s;
+  for (const auto &[format, n] : r.counts)
+    s += (s.empty() ? "" : ", ") + std::to_string(n) + " " +
+         std::string(n == 1 ? format->noun : format->plural);
+  if (s.empty()) s = "no records";
+  if (r.failed != 0)
+    s += "; " + std::to_string(r.failed) + (r.failed == 1 ? " record" : " records") + " failed";
+  if (r.droppedLines != 0) {
+    std::vector<std::pair<std::string, int>> names(r.droppedByName.begin(), r.droppedByName.end());
+    std::stable_sort(names.begin(), names.end(),
+                     [](const auto &a, const auto &b) { return a.second > b.second; });
+    s += "; " + std::to_string(r.droppedLines) +
+         (r.droppedLines == 1 ? " line dropped (" : " lines dropped (");
+    for (size_t i = 0; i < names.size() && i < 5; ++i)
+      s += (i ? ", " : "") + names[i].first + " " + std::to_string(names[i].second);
+    if (names.size() > 5) s += ", ...";
+    s += ")";
+  }
+  return s;
+}
+
+}  // namespace ostrel_tool
