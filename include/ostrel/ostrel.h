@@ -15,5 +15,7 @@
 #include "ostrel/VbkmEd.h"
 #include "ostrel/CalItem.h"
 #include "ostrel/VcalEd.h"
+#include "ostrel/SmsItem.h"
+#include "ostrel/PsmsEd.h"
 
 #endif /* OSTREL_ALL_H */

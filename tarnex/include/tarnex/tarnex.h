@@ -6,6 +6,7 @@
 #include "tarnex/charset.h"
 #include "tarnex/codec.h"
 #include "tarnex/dt.h"
+#include "tarnex/gsm.h"
 #include "tarnex/lex.h"
 #include "tarnex/list.h"
 #include "tarnex/str.h"
