@@ -155,7 +155,7 @@ class Writer {
   const VpiEncOpts *opts_;
   int32_t rc_ = 0;
   tarnex::ScratchStr<128> params_;
-  tarnex::ScratchMemStrm scratch_{512};
+  tarnex::StackMemStrm<512> scratch_;  // ordinary values need no heap
   tarnex::ScratchStr<64> dateText_;
 };
 

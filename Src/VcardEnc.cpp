@@ -201,7 +201,7 @@ OSTREL_API int32_t Vcard_encx(IStrm *vcard, const PbItem *item, uint32_t ver, co
   if (!OSTREL_REQUIRE(vcard && item, "vcard && item")) return 0;
   OSTREL_CHECK(item, PB_ITEM_TAG);
   tarnex::ScratchStr<128> params;
-  tarnex::ScratchMemStrm val(512);
+  tarnex::StackMemStrm<512> val;  // ordinary values need no heap
 
   VpiEnc_putStr(vcard, "BEGIN", nullptr, "VCARD", -1, opts);
   char verText[16];

@@ -152,7 +152,7 @@ OSTREL_API int32_t VpiDec_getLuid(IStrm *raw, KvoStr *luid) {
   if (!OSTREL_REQUIRE(raw, "raw")) return 0;
   tarnex::ScratchStr<32> name;
   tarnex::ScratchStr<64> params;
-  tarnex::ScratchMemStrm val(128);
+  tarnex::StackMemStrm<128> val;
   IStrm_rewind(raw);
   int32_t rc;
   while ((rc = VpiDec_getStrm(raw, name, params, val)) >= 1) {

@@ -231,7 +231,7 @@ OSTREL_API int32_t VpiEnc_putLuid(IStrm *strm, const char *luid) {
   IStrm_rewind(strm);
   tarnex::ScratchStr<32> name;
   tarnex::ScratchStr<64> params;
-  tarnex::ScratchMemStrm val(128);
+  tarnex::StackMemStrm<128> val;
   int32_t rc;
   while ((rc = VpiDec_getStrm(strm, name, params, val)) >= 1) {
     if (kvo_stricmp(name.c_str(), "VERSION") == 0) break;
