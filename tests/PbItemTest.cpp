@@ -2,6 +2,8 @@
 // trace text, checked through the C interface.
 #include <gtest/gtest.h>
 
+#include <cstdio>
+
 #include <cstring>
 #include <string>
 #include <vector>
@@ -23,7 +25,8 @@ std::string utf8(const KvoWcs *w) {
 
 PbField *put(PbItem *item, int32_t index, const char *type, const char *v0 = nullptr) {
   PbField *f = PbItem_write(item, index);
-  std::strncpy(f->type, type, sizeof f->type - 1);
+  // At most three characters, always terminated.
+  std::snprintf(f->type, sizeof f->type, "%s", type);
   if (v0 != nullptr) KvoWcs_setStr(&f->vals[0], v0);
   return f;
 }

@@ -2,6 +2,8 @@
 // compared as one rendered text, so that a failure shows every field.
 #include <gtest/gtest.h>
 
+#include <cstdio>
+
 #include <cstring>
 #include <sstream>
 #include <string>
@@ -98,7 +100,8 @@ class Vcard : public testing::Test {
   PbField *put(int32_t slot, const char *type, std::vector<const char *> vals = {},
                int32_t flags = 0) {
     PbField *f = PbItem_write(&item_, slot);
-    std::strncpy(f->type, type, 3);
+    // At most three characters, always terminated.
+    std::snprintf(f->type, sizeof f->type, "%s", type);
     f->flags = flags;
     for (size_t i = 0; i < vals.size(); ++i) KvoWcs_setStr(&f->vals[i], vals[i]);
     return f;
