@@ -189,4 +189,35 @@ TEST(AppItem, IconsAreOwned) {
   AppItem_delete(clone);
 }
 
+TEST(XmmsItem, TraceByKind) {
+  XmmsItem *item = XmmsItem_new();
+  EXPECT_EQ(item->tag, XMMS_ITEM_TAG | 0x80000000u);
+  ScratchMemStrm out(0);
+  auto trace = [&] {
+    XmmsItem_tracex(item, out, 0);
+    return contents(out);
+  };
+  EXPECT_EQ(trace(), "# XmmsItem beg ......\r\n\tname: \"\"\r\n# XmmsItem end !!!!!!\r\n");
+
+  KvoStr_setStr(&item->name, "Inbox");
+  item->attrs = XMMS_ATTR_FOLDER | XMMS_ATTR_ITEM;  // a folder first, whatever else it is
+  item->perms = FLD_PERM_WRITE | FLD_PERM_READ | FLD_PERM_DELETE;
+  KvoStr_setStr(&item->from, "+4911");
+  EXPECT_EQ(trace(), "# XmmsItem beg ......\r\n\tname: \"Inbox\"\r\n\tattrs: fld\r\n"
+                     "\tperms: \"DRW\"\r\n# XmmsItem end !!!!!!\r\n");
+
+  item->attrs = XMMS_ATTR_ITEM;
+  item->stat = XMMS_STAT_SENT;
+  item->size = 3000000000u;
+  iso_dt_dec("20261124T080000", &item->xptTime);
+  EXPECT_EQ(trace(), "# XmmsItem beg ......\r\n\tname: \"Inbox\"\r\n\tattrs: item\r\n"
+                     "\tstat: \"sent\"\r\n\tsize: \"3000000000\"\r\n\tfrom: \"+4911\"\r\n"
+                     "\txptTime: \"20261124T080000\"\r\n# XmmsItem end !!!!!!\r\n");
+
+  XmmsItem_clear(item);
+  EXPECT_EQ(item->perms, -1);
+  EXPECT_EQ(KvoStr_len(&item->from), 0);
+  XmmsItem_delete(item);
+}
+
 }  // namespace

@@ -19,5 +19,6 @@
 #include "ostrel/PsmsEd.h"
 #include "ostrel/FldItem.h"
 #include "ostrel/AppItem.h"
+#include "ostrel/XmmsEd.h"
 
 #endif /* OSTREL_ALL_H */

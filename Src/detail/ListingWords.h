@@ -1,0 +1,28 @@
+// The words of the folder and MMS listings: permission letters and message
+// status words, each way. Both listings spell permissions alike, so one pair
+// of functions serves them. A letter or word outside the tables comes from
+// the document, not from a misuse: it is reported and adds nothing.
+#ifndef OSTREL_DETAIL_LISTINGWORDS_H
+#define OSTREL_DETAIL_LISTINGWORDS_H
+
+#include <cstdint>
+
+#include "tarnex/tarnex.h"
+
+namespace ostrel::detail {
+
+// "R", "W", "D" in either case add their bit to a sum that starts at 0.
+void permsFromText(const char *text, int32_t *perms);
+// The letters in the order D, R, W; false (and an empty text) for -1, which
+// leaves the attribute out. 0 gives an empty text and true.
+bool permsToText(int32_t perms, KvoStr *text);
+
+// "def" leaves the status as it is; the other words add their bit.
+void statusFromWord(const char *word, int32_t *stat);
+// The word of one status value; a sum of two, or any other value, is
+// reported and gives "".
+const char *statusWord(int32_t stat);
+
+}  // namespace ostrel::detail
+
+#endif  // OSTREL_DETAIL_LISTINGWORDS_H
