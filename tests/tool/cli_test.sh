@@ -209,22 +209,57 @@ fi
 # Calendar entries: the sample, a conversion that reads back the same, the
 # dropped-property account, and the corpus with its broken file named.
 expect_status 0 "$tool" show "$samples/calendar.vcs"
-expect_line "$tmp/out" 'calendar\.vcs: 3 calendar entries$'
+expect_line "$tmp/out" 'calendar\.vcs: 2 events, 1 to-do$'
 expect_line "$tmp/out" '^  Summary: Caf.+ mit dem Team$'
 expect_line "$tmp/out" '^  Start: 2026-12-28$'
 expect_line "$tmp/out" '^  Due: 2026-11-30T17:00:00$'
+expect_line "$tmp/out" '^  Repeats: W1 TU #10 \(every week on Tuesday, 10 times\)$'
 expect_status 0 "$tool" convert "$samples/calendar.vcs" --to vcal10 -o "$tmp/cal10.vcs"
 "$tool" inspect "$samples/calendar.vcs" | grep -v 'calendar\.vcs' >"$tmp/a"
 "$tool" inspect "$tmp/cal10.vcs" | grep -v 'cal10\.vcs' >"$tmp/b"
 cmp -s "$tmp/a" "$tmp/b" || fail "vcal10 conversion changed a calendar record"
 printf 'BEGIN:VCALENDAR\r\nBEGIN:VEVENT\r\nX-FOO:1\r\nEND:VEVENT\r\nEND:VCALENDAR\r\n' >"$tmp/x.vcs"
 expect_status 0 "$tool" --dropped inspect "$tmp/x.vcs"
-expect_line "$tmp/out" 'X-FOO'
+expect_line "$tmp/out" 'x\.vcs: record 1, line 3: X-FOO dropped$'
+
+# The two zone arguments: --local reads Z times as local time and leaves
+# floating ones; --zone writes floating times in UTC from the given offset.
+TZ=CET-1CEST,M3.5.0,M10.5.0/3 expect_status 0 "$tool" convert "$samples/calendar.vcs" --to vcal10 --local
+expect_line "$tmp/out" $'^DTSTART:20261124T100000\r$'
+expect_line "$tmp/out" $'^DUE:20261130T170000\r$'
+expect_status 0 "$tool" convert "$samples/calendar.vcs" --to vcal10 --zone +0100
+expect_line "$tmp/out" $'^DTSTART:20261124T090000Z\r$'
+expect_line "$tmp/out" $'^DUE:20261130T160000Z\r$'
+for z in 0100 +1 +01:00 +2460 ''; do
+  expect_status 2 "$tool" convert "$samples/calendar.vcs" --to vcal10 --zone "$z"
+done
+
+# An object of several entries, which the library merges, is one record an
+# entry: each with its own dropped lines and rule, the journal named.
+printf 'BEGIN:VCALENDAR\r\nVERSION:1.0\r\nBEGIN:VEVENT\r\nSUMMARY:a\r\nX-A:1\r\nRRULE:MD1 1 LD #0\r\nEND:VEVENT\r\nBEGIN:VTODO\r\nSUMMARY:b\r\nX-B:1\r\nEND:VTODO\r\nBEGIN:VJOURNAL\r\nSUMMARY:j\r\nEND:VJOURNAL\r\nEND:VCALENDAR\r\n' >"$tmp/multi.vcs"
+expect_status 1 "$tool" --dropped inspect "$tmp/multi.vcs"
+expect_line "$tmp/out" 'multi\.vcs: 1 event, 1 to-do from 1 object; 1 record failed; 2 lines dropped \(X-A 1, X-B 1\)$'
+expect_line "$tmp/out" 'multi\.vcs: record 1, line 5: X-A dropped$'
+expect_line "$tmp/out" 'multi\.vcs: record 2, line 10: X-B dropped$'
+expect_line "$tmp/out" '^# recurRule reads: every month on the 1st, last day, forever$'
+[ "$(grep -c '^summ = [ab]$' "$tmp/out")" -eq 2 ] || fail "the entries of one object were not read apart"
+expect_line "$tmp/err" 'multi\.vcs: record 3 \(calendar entry\) at byte 135, line 12: a VJOURNAL entry, which the calendar record does not hold$'
+expect_status 1 "$tool" convert "$tmp/multi.vcs" --to vcal10
+[ "$(grep -c '^BEGIN:VCALENDAR' "$tmp/out")" -eq 2 ] || fail "two entries should convert to two objects"
+
 if [ -n "$corpus" ] && [ -d "$corpus/vcalendar" ]; then
   expect_status 1 "$tool" inspect "$corpus/vcalendar/gammu__p990.vcs"
   expect_line "$tmp/err" 'malformed property line at line 21 \(-251\)'
-  "$tool" inspect "$corpus"/vcalendar/*.vcs "$corpus"/vcalendar/*.ics "$corpus"/vcalendar/*.vcf >/dev/null 2>&1
+  expect_status 1 "$tool" inspect "$corpus/vcalendar/syncevolution__eds_memo.ics"
+  expect_line "$tmp/err" 'record 4 \(calendar entry\) at byte 544, line 30: a VJOURNAL entry'
+  expect_status 0 "$tool" inspect "$corpus/vcalendar/gammu__UK32Holidays.ics"
+  expect_line "$tmp/out" 'UK32Holidays\.ics: 69 events from 1 object; 82 lines dropped'
+  "$tool" inspect "$corpus"/vcalendar/*.vcs "$corpus"/vcalendar/*.ics "$corpus"/vcalendar/*.vcf >"$tmp/out" 2>&1
   [ $? -le 1 ] || fail "inspect of the calendar corpus crashed"
+  entries=$(grep -Eo '^[^ ]+: [0-9]+ (events?|to-dos?)(, [0-9]+ to-dos?)?' "$tmp/out" |
+            sed 's/^[^ ]* //' | tr -c '0-9\n' ' ' | awk '{ for (i = 1; i <= NF; i++) n += $i } END { print n }')
+  echo "calendar corpus: $entries events and to-dos after splitting"
+  [ "$entries" -eq 195 ] || fail "calendar corpus: $entries entries, expected 195"
 fi
 
 if [ "$failures" -ne 0 ]; then

@@ -36,8 +36,9 @@ class Library {
 
 // Walks one file: the note on its bytes, the records, --dropped lines and
 // the summary line (to `summaryTo`).
-bool walkFile(Library &lib, const std::string &path, std::FILE *summaryTo,
-              const OutputOptions &out, const OnRecord &onRecord) {
+bool walkFile(Library &lib, const std::string &path, std::FILE *summaryTo, const Options &opts,
+              const OnRecord &onRecord) {
+  const OutputOptions &out = opts.out;
   Input in;
   if (!loadInput(path, &in)) return false;
   if (!in.note.empty()) std::fprintf(stderr, "ostrel: %s: %s\n", in.name.c_str(), in.note.c_str());
@@ -48,7 +49,7 @@ bool walkFile(Library &lib, const std::string &path, std::FILE *summaryTo,
         std::fprintf(summaryTo, "%s: record %d, line %zu: %s dropped\n", in.name.c_str(),
                      seen.number, d.line, d.name.c_str());
     return ok;
-  });
+  }, opts.codec);
   std::fprintf(summaryTo, "%s: %s\n", in.name.c_str(), summaryOf(r).c_str());
   return r.ok;
 }
@@ -119,7 +120,7 @@ int runRead(const Options &opts) {
   std::FILE *summaryTo = opts.out.mode == Mode::Json ? stderr : stdout;
   bool ok = true;
   for (const std::string &path : opts.files) {
-    const bool fileOk = walkFile(lib, path, summaryTo, opts.out, [&](const Seen &seen) {
+    const bool fileOk = walkFile(lib, path, summaryTo, opts, [&](const Seen &seen) {
       printRecord(stdout, seen, opts.out);
       return true;
     });
@@ -142,11 +143,11 @@ int runConvert(const Options &opts) {
   for (const std::string &path : opts.files) {
     if (!opts.output.empty() && path != "-" && sameFile(path, opts.output)) outputIsInput = true;
     const std::string name = path == "-" ? "<stdin>" : path;
-    const bool fileOk = walkFile(lib, path, stderr, opts.out, [&](const Seen &seen) {
+    const bool fileOk = walkFile(lib, path, stderr, opts, [&](const Seen &seen) {
       if (!offers(seen.format, *target)) {
         std::fprintf(stderr, "ostrel: %s: record %d at line %zu: a %.*s cannot be written as %s\n",
-                     name.c_str(), seen.number, seen.line, static_cast<int>(seen.format.noun.size()),
-                     seen.format.noun.data(), std::string(target->name).c_str());
+                     name.c_str(), seen.number, seen.line, static_cast<int>(seen.noun.size()),
+                     seen.noun.data(), std::string(target->name).c_str());
         return false;
       }
       const int32_t rc = seen.record.encode(out, target->version);

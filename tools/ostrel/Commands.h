@@ -16,6 +16,7 @@ struct Options {
   std::string output;  // convert: file, empty for standard output
   uint32_t traceCategories = 0;
   OutputOptions out;
+  CodecOptions codec;
 };
 
 // Exit statuses: 0 all records read, 1 a file or record failed, 2 misuse.

@@ -91,14 +91,30 @@ bool parseCategories(std::string_view text, uint32_t *out) {
   return true;
 }
 
+// "+0100" -> 60, "-0330" -> -210: how a vCalendar writes an offset.
+bool parseZone(std::string_view text, int32_t *minutes) {
+  if (text.size() != 5 || (text[0] != '+' && text[0] != '-')) return false;
+  for (char c : text.substr(1))
+    if (c < '0' || c > '9') return false;
+  const int hours = (text[1] - '0') * 10 + (text[2] - '0');
+  const int mins = (text[3] - '0') * 10 + (text[4] - '0');
+  if (hours > 14 || mins > 59) return false;
+  *minutes = (text[0] == '-' ? -1 : 1) * (hours * 60 + mins);
+  return true;
+}
+
 }  // namespace
 
 std::string convertUsage() {
-  return "usage: ostrel convert FILE... --to TARGET [-o OUT]\n"
+  return "usage: ostrel convert FILE... --to TARGET [-o OUT] [--local] [--zone +HHMM]\n"
          "Decodes every record and encodes it again as TARGET (case ignored), to OUT\n"
          "or standard output; summaries and lost lines go to standard error. OUT is\n"
          "replaced only when the whole conversion is written, and an input named as\n"
          "OUT is never overwritten when a record of it failed.\n"
+         "  --local         calendar times with Z or an offset are read as local\n"
+         "                  time (the TZ environment variable's zone)\n"
+         "  --zone +HHMM    floating calendar times are taken to be at this offset\n"
+         "                  east of UTC, and every time is written in UTC\n"
          "targets:\n" +
          ostrel_tool::targetHelp();
 }
@@ -131,6 +147,12 @@ int main(int argc, char **argv) {
       const char *v = value();
       if (!v) return usageError("--to needs a target");
       opts.target = v;
+    } else if (a == "--local") {
+      opts.codec.decodeZone = VCAL_ZONE_LOCAL;
+    } else if (a == "--zone") {
+      const char *v = value();
+      if (!v || !parseZone(v, &opts.codec.encodeZone))
+        return usageError("--zone needs an offset east of UTC as +HHMM or -HHMM");
     } else if (a == "-o") {
       const char *v = value();
       if (!v) return usageError("-o needs a file name");
