@@ -146,12 +146,28 @@ void reportUnknown(const Input &in) {
 
 size_t lineOf(std::string_view text, size_t offset) { return LineCounter(text).at(offset); }
 
+std::string failureText(const Record &record, int32_t rc, std::string_view data, size_t from,
+                        size_t to) {
+  // A refusal of the tool's own (no record, but words) has no code.
+  std::string why;
+  const std::string detail = record.failure();
+  const bool withCode = rc != OSTREL_OK || detail.empty();
+  if (withCode) why = std::string(resultText(rc));
+  if (rc == OSTREL_MALFORMED && to > from) why += " at line " + std::to_string(lineOf(data, to - 1));
+  if (!detail.empty()) why += (why.empty() ? "" : ": ") + detail;
+  if (withCode) why += " (" + std::to_string(rc) + ")";
+  return why;
+}
+
 WalkResult walk(const Input &in, DroppedLines &dropped, const OnRecord &onRecord,
-                const CodecOptions &codec) {
+                const CodecOptions &codec, const Format *only) {
   WalkResult result;
   const std::string_view data(in.data);
   tarnex::ScratchStrStrm stream(data);
   Claims claims(data);
+  if (only != nullptr)
+    for (const Format &f : formats())
+      if (f.name != only->name) claims.drop(&f);
   LineCounter lines(data);
   // A UTF-8 mark belongs to no record; the scanners look behind it.
   size_t pos = data.substr(0, 3) == "\xEF\xBB\xBF" ? 3 : 0;
@@ -176,14 +192,7 @@ WalkResult walk(const Input &in, DroppedLines &dropped, const OnRecord &onRecord
                     size_t to) {
     result.ok = false;
     if (++result.failed > kMaxFailureMessages) return;
-    // The library's code and its text, the line a malformed line stood on,
-    // and the format's own words; a refusal of the tool's own has no code.
-    std::string why;
-    const std::string detail = record.failure();
-    if (rc != OSTREL_OK || detail.empty()) why = std::string(resultText(rc));
-    if (rc == OSTREL_MALFORMED && to > from) why += " at line " + std::to_string(lineOf(data, to - 1));
-    if (!detail.empty()) why += (why.empty() ? "" : ": ") + detail;
-    if (rc != OSTREL_OK || detail.empty()) why += " (" + std::to_string(rc) + ")";
+    const std::string why = failureText(record, rc, data, from, to);
     std::fprintf(stderr, "ostrel: %s: record %d (%.*s) at byte %zu, line %zu: %s\n",
                  in.name.c_str(), number, static_cast<int>(format.noun.size()), format.noun.data(),
                  from, lines.at(from), why.c_str());

@@ -54,8 +54,15 @@ struct WalkResult {
 // Gives false from onRecord to count the record as failed (already said).
 using OnRecord = std::function<bool(const Seen &)>;
 
+// only: the one format to look for, or all of them.
 WalkResult walk(const Input &in, DroppedLines &dropped, const OnRecord &onRecord,
-                const CodecOptions &codec = {});
+                const CodecOptions &codec = {}, const Format *only = nullptr);
+
+// Why a record failed, as the walk reports it: the library's code and its
+// text, the line of a malformed line (data[from, to) was read), and the
+// format's own words.
+std::string failureText(const Record &record, int32_t rc, std::string_view data, size_t from,
+                        size_t to);
 
 // "12 contacts, 1 group; 1 record failed; 31 lines dropped (X-A 20, ...)";
 // "69 events from 1 object".
