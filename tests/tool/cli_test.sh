@@ -331,6 +331,19 @@ expect_line "$tmp/out" 'bad\.hex: 2 outgoing messages; 2 records failed$'
 expect_line "$tmp/err" 'bad\.hex: record 2 \(short message\) at byte 42, line 2: value cannot be handled: 39 hex digits, an odd number \(-81\)$'
 expect_line "$tmp/err" "bad\\.hex: record 3 \\(short message\\) at byte 83, line 3: value cannot be handled: 'G' at column 40 is no hex digit.*\\(-81\\)\$"
 
+# The PDUs of the interop vectors as hex files: those with a service centre
+# field read as they are, those without under --no-smsc, every one of
+# which the codec takes.
+if [ -n "$corpus" ] && [ -f "$corpus/sms-pdu/vectors.tsv" ]; then
+  grep -v '^#' "$corpus/sms-pdu/vectors.tsv" | awk -F'\t' '$4 == "yes" { print $5 }' >"$tmp/with.hex"
+  grep -v '^#' "$corpus/sms-pdu/vectors.tsv" | awk -F'\t' '$4 == "no" { print $5 }' >"$tmp/without.hex"
+  "$tool" inspect "$tmp/with.hex" >"$tmp/out" 2>"$tmp/err"
+  [ $? -le 1 ] || fail "inspect of the PDU vectors crashed"
+  echo "PDU vectors with a service centre field: $(tail -n 1 "$tmp/out")"
+  expect_status 0 "$tool" sms decode --no-smsc -f "$tmp/without.hex"
+  echo "PDU vectors without one: $(tail -n 1 "$tmp/out")"
+fi
+
 # Usage errors of the sms commands.
 for args in 'sms' 'sms frobnicate' 'sms decode' "sms decode $good -f $tmp/bad.hex" 'sms encode x' \
             'sms encode --type fax' 'sms encode --text a --data 00' 'sms encode --data 0' \

@@ -269,18 +269,16 @@ class Pdu final : public Record {
     return {};
   }
 
+  // text: the PDU as decoded, an added 00 included.
   void readFacts(const std::string &text, int32_t expType) {
     uint8_t pdu[kMaxOctets];
     const int32_t n = ira_dec_str_to_buf(text.c_str(), static_cast<int32_t>(text.size()), pdu, sizeof pdu);
-    int32_t smscLen = 0;
-    facts_.smscField = !(expType == SMS_REPORT && n > 0 && (pdu[0] & 0x02));
-    if (facts_.smscField && !noSmsc_) {
+    int32_t smscLen = expType == SMS_REPORT ? 0 : 1;
+    facts_.smscField = !noSmsc_;
+    if (facts_.smscField) {
       tarnex::ScratchStr<32> no;
       smscLen = GsmUtil_getNo(no, pdu, n, 1);
       facts_.smsc = std::string(no.view());
-    } else {
-      facts_.smscField = false;
-      smscLen = expType == SMS_REPORT ? 0 : 1;
     }
     if (smscLen < n) facts_.dcs = dcsOf(pdu + smscLen, n - smscLen);
   }
