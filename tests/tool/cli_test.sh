@@ -249,6 +249,22 @@ expect_line "$tmp/err" 'multi\.vcs: record 3 \(calendar entry\) at byte 135, lin
 expect_status 1 "$tool" convert "$tmp/multi.vcs" --to vcal10
 [ "$(grep -c '^BEGIN:VCALENDAR' "$tmp/out")" -eq 2 ] || fail "two entries should convert to two objects"
 
+# Rules beneath the trace, as the rule codec reads them: sub-rules, end
+# dates, refusals.
+while IFS='|' read -r rule reading; do
+  printf 'BEGIN:VCALENDAR\r\nBEGIN:VEVENT\r\nRRULE:%s\r\nEND:VEVENT\r\nEND:VCALENDAR\r\n' "$rule" >"$tmp/r.vcs"
+  expect_status 0 "$tool" inspect "$tmp/r.vcs"
+  grep -qxF "# recurRule reads: $reading" "$tmp/out" || fail "rule '$rule': $(grep '^# recur' "$tmp/out")"
+done <<'ROWS'
+YM1 6 7 #5 MP1 1+ SU #2|every year in June, July, 5 times; within it every month on the 1st Sunday, 2 times
+MP1 1+ 2- MO TU #3|every month on the 2nd last, 1st Monday, Tuesday, 3 times
+YD1 1 100$ #3|every year on days 1, 100, 3 times
+D1 19991231T235959|every day, until 1999-12-31T23:59:59
+w2 mo we$ #10|every 2 weeks on Monday, Wednesday, 10 times
+MO|no rule head the codec reads (-251)
+FREQ=YEARLY|no vCalendar 1.0 rule the codec reads
+ROWS
+
 if [ -n "$corpus" ] && [ -d "$corpus/vcalendar" ]; then
   expect_status 1 "$tool" inspect "$corpus/vcalendar/gammu__p990.vcs"
   expect_line "$tmp/err" 'malformed property line at line 21 \(-251\)'
