@@ -77,10 +77,11 @@ for f in bom le be le-mark be-mark; do
 done
 expect_line "$tmp/err" 'be-mark\.vcf: UTF-16BE text with a byte-order mark, read as UTF-8'
 
-# Records are taken in the order they begin, whatever comes before them.
-{ printf '0791947106004034040D91\r\nBEGIN:VCALENDAR\r\nEND:VCALENDAR\r\n'; card z; } >"$tmp/mixed.txt"
+# Records are taken in the order they begin, whatever comes before them: a
+# hex PDU line ahead of a card is read too.
+{ printf '00040C9194711132547600006211422143000005E8329BFD06\r\nBEGIN:VCALENDAR\r\nEND:VCALENDAR\r\n'; card z; } >"$tmp/mixed.txt"
 expect_status 0 "$tool" inspect "$tmp/mixed.txt"
-expect_line "$tmp/out" 'mixed\.txt: 1 contact$'
+expect_line "$tmp/out" 'mixed\.txt: 1 received message, 1 contact$'
 
 # Targets: the registry's, in any case; anything else is a usage error.
 for t in vcard21 VCARD30 vCard21; do
@@ -88,7 +89,8 @@ for t in vcard21 VCARD30 vCard21; do
 done
 for t in vcard40 vcard99 vcal; do
   expect_status 2 "$tool" convert "$tmp/two.vcf" --to "$t"
-  expect_line "$tmp/err" 'the targets are: vcard21, vcard30, vnote11, vbkm11, vcal10$'
+  expect_line "$tmp/err" 'the targets are: vcard21, vcard30, vnote11, vbkm11, vcal10'
+  expect_line "$tmp/err" 'the targets are: .*pdu'
 done
 
 # show and --json on the samples.
@@ -209,23 +211,163 @@ fi
 # Calendar entries: the sample, a conversion that reads back the same, the
 # dropped-property account, and the corpus with its broken file named.
 expect_status 0 "$tool" show "$samples/calendar.vcs"
-expect_line "$tmp/out" 'calendar\.vcs: 3 calendar entries$'
+expect_line "$tmp/out" 'calendar\.vcs: 2 events, 1 to-do$'
 expect_line "$tmp/out" '^  Summary: Caf.+ mit dem Team$'
 expect_line "$tmp/out" '^  Start: 2026-12-28$'
 expect_line "$tmp/out" '^  Due: 2026-11-30T17:00:00$'
+expect_line "$tmp/out" '^  Repeats: W1 TU #10 \(every week on Tuesday, 10 times\)$'
 expect_status 0 "$tool" convert "$samples/calendar.vcs" --to vcal10 -o "$tmp/cal10.vcs"
 "$tool" inspect "$samples/calendar.vcs" | grep -v 'calendar\.vcs' >"$tmp/a"
 "$tool" inspect "$tmp/cal10.vcs" | grep -v 'cal10\.vcs' >"$tmp/b"
 cmp -s "$tmp/a" "$tmp/b" || fail "vcal10 conversion changed a calendar record"
 printf 'BEGIN:VCALENDAR\r\nBEGIN:VEVENT\r\nX-FOO:1\r\nEND:VEVENT\r\nEND:VCALENDAR\r\n' >"$tmp/x.vcs"
 expect_status 0 "$tool" --dropped inspect "$tmp/x.vcs"
-expect_line "$tmp/out" 'X-FOO'
+expect_line "$tmp/out" 'x\.vcs: record 1, line 3: X-FOO dropped$'
+
+# The two zone arguments: --local reads Z times as local time and leaves
+# floating ones; --zone writes floating times in UTC from the given offset.
+TZ=CET-1CEST,M3.5.0,M10.5.0/3 expect_status 0 "$tool" convert "$samples/calendar.vcs" --to vcal10 --local
+expect_line "$tmp/out" $'^DTSTART:20261124T100000\r$'
+expect_line "$tmp/out" $'^DUE:20261130T170000\r$'
+expect_status 0 "$tool" convert "$samples/calendar.vcs" --to vcal10 --zone +0100
+expect_line "$tmp/out" $'^DTSTART:20261124T090000Z\r$'
+expect_line "$tmp/out" $'^DUE:20261130T160000Z\r$'
+for z in 0100 +1 +01:00 +2460 ''; do
+  expect_status 2 "$tool" convert "$samples/calendar.vcs" --to vcal10 --zone "$z"
+done
+
+# An object of several entries, which the library merges, is one record an
+# entry: each with its own dropped lines and rule, the journal named.
+printf 'BEGIN:VCALENDAR\r\nVERSION:1.0\r\nBEGIN:VEVENT\r\nSUMMARY:a\r\nX-A:1\r\nRRULE:MD1 1 LD #0\r\nEND:VEVENT\r\nBEGIN:VTODO\r\nSUMMARY:b\r\nX-B:1\r\nEND:VTODO\r\nBEGIN:VJOURNAL\r\nSUMMARY:j\r\nEND:VJOURNAL\r\nEND:VCALENDAR\r\n' >"$tmp/multi.vcs"
+expect_status 1 "$tool" --dropped inspect "$tmp/multi.vcs"
+expect_line "$tmp/out" 'multi\.vcs: 1 event, 1 to-do from 1 object; 1 record failed; 2 lines dropped \(X-A 1, X-B 1\)$'
+expect_line "$tmp/out" 'multi\.vcs: record 1, line 5: X-A dropped$'
+expect_line "$tmp/out" 'multi\.vcs: record 2, line 10: X-B dropped$'
+expect_line "$tmp/out" '^# recurRule reads: every month on the 1st, last day, forever$'
+[ "$(grep -c '^summ = [ab]$' "$tmp/out")" -eq 2 ] || fail "the entries of one object were not read apart"
+expect_line "$tmp/err" 'multi\.vcs: record 3 \(calendar entry\) at byte 135, line 12: a VJOURNAL entry, which the calendar record does not hold$'
+expect_status 1 "$tool" convert "$tmp/multi.vcs" --to vcal10
+[ "$(grep -c '^BEGIN:VCALENDAR' "$tmp/out")" -eq 2 ] || fail "two entries should convert to two objects"
+
+# Rules beneath the trace, as the rule codec reads them: sub-rules, end
+# dates, refusals.
+while IFS='|' read -r rule reading; do
+  printf 'BEGIN:VCALENDAR\r\nBEGIN:VEVENT\r\nRRULE:%s\r\nEND:VEVENT\r\nEND:VCALENDAR\r\n' "$rule" >"$tmp/r.vcs"
+  expect_status 0 "$tool" inspect "$tmp/r.vcs"
+  grep -qxF "# recurRule reads: $reading" "$tmp/out" || fail "rule '$rule': $(grep '^# recur' "$tmp/out")"
+done <<'ROWS'
+YM1 6 7 #5 MP1 1+ SU #2|every year in June, July, 5 times; within it every month on the 1st Sunday, 2 times
+MP1 1+ 2- MO TU #3|every month on the 2nd last, 1st Monday, Tuesday, 3 times
+YD1 1 100$ #3|every year on days 1, 100, 3 times
+D1 19991231T235959|every day, until 1999-12-31T23:59:59
+w2 mo we$ #10|every 2 weeks on Monday, Wednesday, 10 times
+MO|no rule head the codec reads (-251)
+FREQ=YEARLY|no vCalendar 1.0 rule the codec reads
+ROWS
+
 if [ -n "$corpus" ] && [ -d "$corpus/vcalendar" ]; then
   expect_status 1 "$tool" inspect "$corpus/vcalendar/gammu__p990.vcs"
   expect_line "$tmp/err" 'malformed property line at line 21 \(-251\)'
-  "$tool" inspect "$corpus"/vcalendar/*.vcs "$corpus"/vcalendar/*.ics "$corpus"/vcalendar/*.vcf >/dev/null 2>&1
+  expect_status 1 "$tool" inspect "$corpus/vcalendar/syncevolution__eds_memo.ics"
+  expect_line "$tmp/err" 'record 4 \(calendar entry\) at byte 544, line 30: a VJOURNAL entry'
+  expect_status 0 "$tool" inspect "$corpus/vcalendar/gammu__UK32Holidays.ics"
+  expect_line "$tmp/out" 'UK32Holidays\.ics: 69 events from 1 object; 82 lines dropped'
+  "$tool" inspect "$corpus"/vcalendar/*.vcs "$corpus"/vcalendar/*.ics "$corpus"/vcalendar/*.vcf >"$tmp/out" 2>&1
   [ $? -le 1 ] || fail "inspect of the calendar corpus crashed"
+  entries=$(grep -Eo '^[^ ]+: [0-9]+ (events?|to-dos?)(, [0-9]+ to-dos?)?' "$tmp/out" |
+            sed 's/^[^ ]* //' | tr -c '0-9\n' ' ' | awk '{ for (i = 1; i <= NF; i++) n += $i } END { print n }')
+  echo "calendar corpus: $entries events and to-dos after splitting"
+  [ "$entries" -eq 195 ] || fail "calendar corpus: $entries entries, expected 195"
 fi
+
+# Short messages: the worked examples through sms encode (the hex line on
+# standard output, a summary line on standard error) ...
+while IFS='|' read -r args hex; do
+  eval "set -- $args"
+  expect_status 0 "$tool" sms encode "$@"
+  [ "$(cat "$tmp/out")" = "$hex" ] || fail "sms encode $args gave $(cat "$tmp/out"), expected $hex"
+  expect_line "$tmp/err" '^sms encode: SMS-[A-Z-]+, [0-9]+ octets'
+done <<'ROWS'
+--number +491711234567 --text hello|0011000C9194711132547600002205E8329BFD06
+--number +491711234567 --text hi --udh 050003A50201|0051000C9194711132547600002209050003A50201D069
+--number +491711234567 --text 你|0011000C91947111325476000822024F60
+--number +491711234567 --text hello --ref 0x1F --request-report|00310F0C9194711132547600002205E8329BFD06
+--type report --ref 0x2A --number +491711234567|00022A0C91947111325476000000000000000000000000000000
+ROWS
+expect_status 0 "$tool" sms encode --number +491711234567 --text hello -o "$tmp/pdu.bin"
+[ "$(od -An -tx1 "$tmp/pdu.bin" | tr -d ' \n')" = "0011000c9194711132547600002205e8329bfd06" ] ||
+  fail "sms encode -o did not write the PDU's octets"
+expect_status 1 "$tool" sms encode --number 1 --text "$(printf '%0161d' 0)"
+expect_line "$tmp/err" 'does not fit one PDU: value cannot be handled \(-81\)$'
+
+# ... and through sms decode: the record's trace, and beneath it what the
+# record does not hold.
+expect_status 0 "$tool" sms decode 00040C9194711132547600006211422143000005E8329BFD06 \
+  0051000C9194711132547600002209050003A50201D069
+for l in '^tel = \+491711234567$' '^data = hello$' '^flags = SMS_F_MORE_MSG$' '^type = SMS_DELIVER$' \
+         '^xptTime = 20261124T123400Z$' '^data = hi$' '^# smsc = none$' '^# dcs = 0x00, GSM 7-bit$' \
+         '^# concatenated: part 1 of 2, reference 165$' '^sms decode: 1 received message, 1 outgoing message$'; do
+  expect_line "$tmp/out" "$l"
+done
+# Without a service centre field: a report is read as one, others behind 00.
+expect_status 0 "$tool" sms decode --no-smsc 11000C9194711132547600002205E8329BFD06 \
+  022A0C91947111325476621142214300006211422143000000
+expect_line "$tmp/out" '^type = SMS_REPORT$'
+expect_line "$tmp/out" '^msgRef = 42$'
+expect_line "$tmp/out" '^# smsc = not in the PDU$'
+expect_line "$tmp/out" '^sms decode: 1 outgoing message, 1 status report$'
+expect_status 1 "$tool" sms decode 0011 00040C9194711132547600006211422143000005E8329BFD06
+expect_line "$tmp/err" '^ostrel: argument 1: value cannot be handled \(-81\)$'
+expect_line "$tmp/out" '^sms decode: 1 received message; 1 record failed$'
+
+# A file of hex lines: the sample, shown, as JSON, converted back byte for
+# byte; modem lines between the PDUs are passed over.
+expect_status 0 "$tool" show "$samples/sms.hex"
+expect_line "$tmp/out" 'sms\.hex: 5 received messages, 1 outgoing message, 1 status report$'
+expect_line "$tmp/out" '^  Text: Guten Morgen! Kaffee um 10\? Ich bringe \{Croissants\} mit\.$'
+expect_line "$tmp/out" '^  Text: Привет из Москвы 👋$'
+expect_line "$tmp/out" '^  From: Ostrel$'
+expect_line "$tmp/out" '^  Part: part 2 of 2, reference 7$'
+expect_line "$tmp/out" '^  Data: 8-bit data, 4 bytes$'
+expect_line "$tmp/out" '^  Time stamp: 2026-11-24T10:20:00\+02:00$'
+expect_status 0 "$tool" --json show "$samples/sms.hex"
+[ "$(grep -c '"format":"pdu"' "$tmp/out")" -eq 7 ] || fail "--json: expected seven PDU records"
+expect_status 0 "$tool" convert "$samples/sms.hex" --to pdu
+grep -v '^+CMGL\|^OK' "$samples/sms.hex" | tr -d '\r' | cmp -s - "$tmp/out" ||
+  fail "sms.hex changed through convert --to pdu"
+expect_status 0 "$tool" sms decode -f "$samples/sms.hex"
+expect_line "$tmp/out" 'sms\.hex: 5 received messages, 1 outgoing message, 1 status report$'
+
+# An odd-length and a non-hex line: each named with its record, offset and
+# line, the code and why; the lines around them are read.
+good=0011000C9194711132547600002205E8329BFD06
+printf '%s\r\n%s\r\n%s\r\n%s\r\n' $good ${good%?} ${good%?}G $good >"$tmp/bad.hex"
+expect_status 1 "$tool" inspect "$tmp/bad.hex"
+expect_line "$tmp/out" 'bad\.hex: 2 outgoing messages; 2 records failed$'
+expect_line "$tmp/err" 'bad\.hex: record 2 \(short message\) at byte 42, line 2: value cannot be handled: 39 hex digits, an odd number \(-81\)$'
+expect_line "$tmp/err" "bad\\.hex: record 3 \\(short message\\) at byte 83, line 3: value cannot be handled: 'G' at column 40 is no hex digit.*\\(-81\\)\$"
+
+# The PDUs of the interop vectors as hex files: those with a service centre
+# field read as they are, those without under --no-smsc, every one of
+# which the codec takes.
+if [ -n "$corpus" ] && [ -f "$corpus/sms-pdu/vectors.tsv" ]; then
+  grep -v '^#' "$corpus/sms-pdu/vectors.tsv" | awk -F'\t' '$4 == "yes" { print $5 }' >"$tmp/with.hex"
+  grep -v '^#' "$corpus/sms-pdu/vectors.tsv" | awk -F'\t' '$4 == "no" { print $5 }' >"$tmp/without.hex"
+  "$tool" inspect "$tmp/with.hex" >"$tmp/out" 2>"$tmp/err"
+  [ $? -le 1 ] || fail "inspect of the PDU vectors crashed"
+  echo "PDU vectors with a service centre field: $(tail -n 1 "$tmp/out")"
+  expect_status 0 "$tool" sms decode --no-smsc -f "$tmp/without.hex"
+  echo "PDU vectors without one: $(tail -n 1 "$tmp/out")"
+fi
+
+# Usage errors of the sms commands.
+for args in 'sms' 'sms frobnicate' 'sms decode' "sms decode $good -f $tmp/bad.hex" 'sms encode x' \
+            'sms encode --type fax' 'sms encode --text a --data 00' 'sms encode --data 0' \
+            'sms encode --udh 0500' 'sms encode --ref 300' 'sms encode --ref x' 'sms encode --json'; do
+  expect_status 2 "$tool" $args
+done
+expect_status 0 "$tool" sms --help
+expect_line "$tmp/out" '^usage: ostrel sms decode'
 
 if [ "$failures" -ne 0 ]; then
   echo "$failures check(s) failed"

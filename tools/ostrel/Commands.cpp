@@ -36,8 +36,9 @@ class Library {
 
 // Walks one file: the note on its bytes, the records, --dropped lines and
 // the summary line (to `summaryTo`).
-bool walkFile(Library &lib, const std::string &path, std::FILE *summaryTo,
-              const OutputOptions &out, const OnRecord &onRecord) {
+bool walkFile(Library &lib, const std::string &path, std::FILE *summaryTo, const Options &opts,
+              const OnRecord &onRecord) {
+  const OutputOptions &out = opts.out;
   Input in;
   if (!loadInput(path, &in)) return false;
   if (!in.note.empty()) std::fprintf(stderr, "ostrel: %s: %s\n", in.name.c_str(), in.note.c_str());
@@ -48,7 +49,7 @@ bool walkFile(Library &lib, const std::string &path, std::FILE *summaryTo,
         std::fprintf(summaryTo, "%s: record %d, line %zu: %s dropped\n", in.name.c_str(),
                      seen.number, d.line, d.name.c_str());
     return ok;
-  });
+  }, opts.codec, opts.only);
   std::fprintf(summaryTo, "%s: %s\n", in.name.c_str(), summaryOf(r).c_str());
   return r.ok;
 }
@@ -60,16 +61,20 @@ const Target *findTarget(std::string_view name) {
   return nullptr;
 }
 
-bool offers(const Format &f, const Target &target) {
+// The format's own target of that name: formats may share a target name
+// (each writes its own records in that format) with their own version words.
+const Target *offers(const Format &f, const Target &target) {
   for (const Target &t : f.targets)
-    if (&t == &target) return true;
-  return false;
+    if (t.name == target.name) return &t;
+  return nullptr;
 }
 
 bool sameFile(const std::string &a, const std::string &b) {
   std::error_code ec;
   return std::filesystem::equivalent(a, b, ec) && !ec;
 }
+
+}  // namespace
 
 // Writes through a file beside the target and renames it, so a failed write
 // leaves the old file as it was.
@@ -88,8 +93,6 @@ bool writeFile(const std::string &path, const std::string &data) {
   }
   return true;
 }
-
-}  // namespace
 
 std::string targetNames() {
   std::string s;
@@ -119,7 +122,7 @@ int runRead(const Options &opts) {
   std::FILE *summaryTo = opts.out.mode == Mode::Json ? stderr : stdout;
   bool ok = true;
   for (const std::string &path : opts.files) {
-    const bool fileOk = walkFile(lib, path, summaryTo, opts.out, [&](const Seen &seen) {
+    const bool fileOk = walkFile(lib, path, summaryTo, opts, [&](const Seen &seen) {
       printRecord(stdout, seen, opts.out);
       return true;
     });
@@ -142,14 +145,17 @@ int runConvert(const Options &opts) {
   for (const std::string &path : opts.files) {
     if (!opts.output.empty() && path != "-" && sameFile(path, opts.output)) outputIsInput = true;
     const std::string name = path == "-" ? "<stdin>" : path;
-    const bool fileOk = walkFile(lib, path, stderr, opts.out, [&](const Seen &seen) {
-      if (!offers(seen.format, *target)) {
-        std::fprintf(stderr, "ostrel: %s: record %d at line %zu: a %.*s cannot be written as %s\n",
-                     name.c_str(), seen.number, seen.line, static_cast<int>(seen.format.noun.size()),
-                     seen.format.noun.data(), std::string(target->name).c_str());
+    const bool fileOk = walkFile(lib, path, stderr, opts, [&](const Seen &seen) {
+      const Target *own = offers(seen.format, *target);
+      if (own == nullptr) {
+        const bool vowel = !seen.noun.empty() && std::strchr("aeiou", seen.noun[0]) != nullptr;
+        std::fprintf(stderr, "ostrel: %s: record %d at line %zu: %s %.*s cannot be written as %s\n",
+                     name.c_str(), seen.number, seen.line, vowel ? "an" : "a",
+                     static_cast<int>(seen.noun.size()), seen.noun.data(),
+                     std::string(target->name).c_str());
         return false;
       }
-      const int32_t rc = seen.record.encode(out, target->version);
+      const int32_t rc = seen.record.encode(out, own->version);
       if (rc < 0)
         std::fprintf(stderr, "ostrel: %s: record %d: %.*s (%d)\n", name.c_str(), seen.number,
                      static_cast<int>(resultText(rc).size()), resultText(rc).data(), rc);

@@ -36,6 +36,28 @@ struct Field {
   std::string data;
 };
 
+// What one record is, for a format whose records come in kinds ("event",
+// "to-do").
+struct Kind {
+  std::string_view noun;
+  std::string_view plural;
+};
+
+// Byte range of an entry inside its object, from the object's first byte.
+struct Span {
+  size_t begin;
+  size_t end;
+};
+
+// What the user asked of the codecs beyond the defaults: the zone arguments
+// of the calendar codec, and whether hex PDUs come without a service centre
+// field.
+struct CodecOptions {
+  int32_t decodeZone = VCAL_ZONE_ASIS;
+  int32_t encodeZone = VCAL_ZONE_ASIS;
+  bool noSmsc = false;
+};
+
 struct Description {
   std::string version;  // "2.1"; empty when the record has none
   std::vector<Field> fields;
@@ -51,6 +73,26 @@ class Record {
   virtual Description describe() = 0;
   // Appends the record in the target's text; 0 or a negative code.
   virtual int32_t encode(IStrm *out, uint32_t version) = 0;
+
+  // Everything below has a default that suits a format of one kind whose
+  // library record holds all there is to show.
+
+  virtual void configure(const CodecOptions &) {}
+  // The record's kind, when it is not the format's noun.
+  virtual const Kind *kind() const { return nullptr; }
+  // Lines printed beneath the trace text: what the tool reads that the
+  // library's record does not hold.
+  virtual std::string traceNotes() { return {}; }
+  // Why the last decode failed, in words the library's code does not give
+  // ("odd number of hex digits"); empty when the code says it all.
+  virtual std::string failure() const { return {}; }
+  // An object whose entries the library merges into one record (a
+  // calendar object of many events) is shown as one record per entry.
+  // After a decode that gave 1: the entries of the object; none or one, and
+  // the object is the record.
+  virtual std::vector<Span> entries() { return {}; }
+  // Reads entry i of entries() alone: 1, or the library's code.
+  virtual int32_t decodeEntry(size_t) { return 0; }
 };
 
 // A name `convert --to` accepts, the version word it hands to the encoder,

@@ -25,7 +25,7 @@ void printShow(std::FILE *to, const Seen &seen) {
   const Description d = seen.record.describe();
   std::fprintf(to, "%.*s, record %d: %.*s (%.*s%s%s), line %zu\n",
                static_cast<int>(seen.file.size()), seen.file.data(), seen.number,
-               static_cast<int>(seen.format.noun.size()), seen.format.noun.data(),
+               static_cast<int>(seen.noun.size()), seen.noun.data(),
                static_cast<int>(seen.format.title.size()), seen.format.title.data(),
                d.version.empty() ? "" : " ", d.version.c_str(), seen.line);
   for (const Field &f : d.fields) {
@@ -64,7 +64,7 @@ std::string jsonOf(const Seen &seen, bool withBinary) {
   j["file"] = seen.file;
   j["record"] = seen.number;
   j["format"] = seen.format.name;
-  j["kind"] = seen.format.noun;
+  j["kind"] = seen.noun;
   j["version"] = d.version;
   j["offset"] = seen.offset;
   j["line"] = seen.line;
@@ -101,7 +101,7 @@ void printRecord(std::FILE *to, const Seen &seen, const OutputOptions &opts) {
     case Mode::Trace: {
       tarnex::ScratchMemStrm text(0);
       seen.record.trace(text);
-      const std::string t = bytes(text);
+      const std::string t = bytes(text) + seen.record.traceNotes();
       std::fwrite(t.data(), 1, t.size(), to);
       break;
     }

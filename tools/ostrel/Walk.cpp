@@ -146,54 +146,93 @@ void reportUnknown(const Input &in) {
 
 size_t lineOf(std::string_view text, size_t offset) { return LineCounter(text).at(offset); }
 
-WalkResult walk(const Input &in, DroppedLines &dropped, const OnRecord &onRecord) {
+std::string failureText(const Record &record, int32_t rc, std::string_view data, size_t from,
+                        size_t to) {
+  // A refusal of the tool's own (no record, but words) has no code.
+  std::string why;
+  const std::string detail = record.failure();
+  const bool withCode = rc != OSTREL_OK || detail.empty();
+  if (withCode) why = std::string(resultText(rc));
+  if (rc == OSTREL_MALFORMED && to > from) why += " at line " + std::to_string(lineOf(data, to - 1));
+  if (!detail.empty()) why += (why.empty() ? "" : ": ") + detail;
+  if (withCode) why += " (" + std::to_string(rc) + ")";
+  return why;
+}
+
+WalkResult walk(const Input &in, DroppedLines &dropped, const OnRecord &onRecord,
+                const CodecOptions &codec, const Format *only) {
   WalkResult result;
   const std::string_view data(in.data);
   tarnex::ScratchStrStrm stream(data);
   Claims claims(data);
+  if (only != nullptr)
+    for (const Format &f : formats())
+      if (f.name != only->name) claims.drop(&f);
   LineCounter lines(data);
   // A UTF-8 mark belongs to no record; the scanners look behind it.
   size_t pos = data.substr(0, 3) == "\xEF\xBB\xBF" ? 3 : 0;
   int number = 0;
   size_t at = 0;
+
+  // A record read: [from, to) holds the lines its dropped names are on.
+  auto accept = [&](const Format &format, Record &record, size_t from, size_t to) {
+    const Kind kind = record.kind() ? *record.kind() : Kind{format.noun, format.plural};
+    Seen seen{format, record, kind.noun, in.name, number, from, lines.at(from),
+              placeDropped(data, from, to, dropped.take(), lines)};
+    for (const DroppedLine &d : seen.dropped) ++result.droppedByName[d.name];
+    result.droppedLines += static_cast<int>(seen.dropped.size());
+    auto count = std::find_if(result.counts.begin(), result.counts.end(), [&](const KindCount &c) {
+      return c.format == &format && c.kind.noun == kind.noun;
+    });
+    if (count == result.counts.end()) count = result.counts.insert(count, {&format, kind, 0});
+    ++count->records;
+    if (!onRecord(seen)) result.ok = false;
+  };
+  auto reject = [&](const Format &format, const Record &record, int32_t rc, size_t from,
+                    size_t to) {
+    result.ok = false;
+    if (++result.failed > kMaxFailureMessages) return;
+    const std::string why = failureText(record, rc, data, from, to);
+    std::fprintf(stderr, "ostrel: %s: record %d (%.*s) at byte %zu, line %zu: %s\n",
+                 in.name.c_str(), number, static_cast<int>(format.noun.size()), format.noun.data(),
+                 from, lines.at(from), why.c_str());
+  };
+
   while (const Format *format = claims.first(pos, &at)) {
     ++number;
     auto record = format->make();
+    record->configure(codec);
     IStrm_seek(stream, static_cast<int64_t>(at), KVO_SEEK_SET);
     dropped.take();
     const int32_t rc = record->decode(stream);
     const size_t end = static_cast<size_t>(IStrm_tell(stream));
-    const size_t line = lines.at(at);
     if (rc == 1 && end > at) {
-      Seen seen{*format, *record, in.name, number, at, line,
-                placeDropped(data, at, end, dropped.take(), lines)};
-      for (const DroppedLine &d : seen.dropped) ++result.droppedByName[d.name];
-      result.droppedLines += static_cast<int>(seen.dropped.size());
-      auto count = std::find_if(result.counts.begin(), result.counts.end(),
-                                [&](const auto &c) { return c.first == format; });
-      if (count == result.counts.end())
-        result.counts.emplace_back(format, 1);
-      else
-        ++count->second;
-      if (!onRecord(seen)) result.ok = false;
+      ++result.objects[format];
+      const std::vector<Span> entries = record->entries();
+      if (entries.size() <= 1) {
+        accept(*format, *record, at, end);
+      } else {
+        // The merged reading is set aside: each entry is read again alone,
+        // its dropped lines looked for in its own lines.
+        for (size_t i = 0; i < entries.size(); ++i) {
+          if (i != 0) ++number;
+          dropped.take();
+          const size_t from = at + entries[i].begin, to = at + entries[i].end;
+          const int32_t entryRc = record->decodeEntry(i);
+          if (entryRc == 1)
+            accept(*format, *record, from, to);
+          else
+            reject(*format, *record, entryRc, from, to);
+        }
+      }
       pos = end;
       continue;
     }
-    result.ok = false;
-    if (++result.failed <= kMaxFailureMessages) {
-      std::string where;
-      if (rc == OSTREL_MALFORMED && end > at)
-        where = " at line " + std::to_string(lineOf(data, end - 1));
-      const std::string_view why = resultText(rc);
-      std::fprintf(stderr, "ostrel: %s: record %d (%.*s) at byte %zu, line %zu: %.*s%s (%d)\n",
-                   in.name.c_str(), number, static_cast<int>(format->noun.size()),
-                   format->noun.data(), at, line, static_cast<int>(why.size()), why.data(),
-                   where.c_str(), rc);
-    }
+    reject(*format, *record, rc, at, end);
     // A record cut by the end of the data had no END line behind it, and so
     // has none of its kind after it: trying each of them would read to the
     // end again and again.
-    if (rc == OSTREL_OK) {
+    if (rc == OSTREL_OK && record->failure().empty()) {
       claims.drop(format);
       if (result.failed <= kMaxFailureMessages)
         std::fprintf(stderr, "ostrel: %s: no end line follows, so no later %.*s is looked for\n",
@@ -214,9 +253,24 @@ WalkResult walk(const Input &in, DroppedLines &dropped, const OnRecord &onRecord
 
 std::string summaryOf(const WalkResult &r) {
   std::string s;
-  for (const auto &[format, n] : r.counts)
-    s += (s.empty() ? "" : ", ") + std::to_string(n) + " " +
-         std::string(n == 1 ? format->noun : format->plural);
+  // Kinds of one format together, then how many objects held them when
+  // the objects were split.
+  std::vector<const Format *> order;
+  for (const KindCount &c : r.counts)
+    if (std::find(order.begin(), order.end(), c.format) == order.end()) order.push_back(c.format);
+  for (const Format *format : order) {
+    int records = 0;
+    for (const KindCount &c : r.counts) {
+      if (c.format != format) continue;
+      records += c.records;
+      s += (s.empty() ? "" : ", ") + std::to_string(c.records) + " " +
+           std::string(c.records == 1 ? c.kind.noun : c.kind.plural);
+    }
+    const auto objects = r.objects.find(format);
+    if (objects != r.objects.end() && objects->second != records)
+      s += " from " + std::to_string(objects->second) +
+           (objects->second == 1 ? " object" : " objects");
+  }
   if (s.empty()) s = "no records";
   if (r.failed != 0)
     s += "; " + std::to_string(r.failed) + (r.failed == 1 ? " record" : " records") + " failed";

@@ -26,6 +26,7 @@ struct DroppedLine {
 struct Seen {
   const Format &format;
   Record &record;
+  std::string_view noun;  // the record's kind: "contact", "event"
   std::string_view file;  // its name in messages
   int number;     // 1 for the file's first record, failed ones counted
   size_t offset;  // byte of its first line
@@ -33,9 +34,18 @@ struct Seen {
   std::vector<DroppedLine> dropped;
 };
 
+// Records of one kind, and of its format the objects read: more records
+// than objects when objects were split into their entries.
+struct KindCount {
+  const Format *format;
+  Kind kind;
+  int records = 0;
+};
+
 struct WalkResult {
   bool ok = true;              // every record read and handled
-  std::vector<std::pair<const Format *, int>> counts;  // in order of first sight
+  std::vector<KindCount> counts;  // in order of first sight
+  std::map<const Format *, int> objects;
   int failed = 0;
   std::map<std::string, int> droppedByName;
   int droppedLines = 0;
@@ -44,9 +54,18 @@ struct WalkResult {
 // Gives false from onRecord to count the record as failed (already said).
 using OnRecord = std::function<bool(const Seen &)>;
 
-WalkResult walk(const Input &in, DroppedLines &dropped, const OnRecord &onRecord);
+// only: the one format to look for, or all of them.
+WalkResult walk(const Input &in, DroppedLines &dropped, const OnRecord &onRecord,
+                const CodecOptions &codec = {}, const Format *only = nullptr);
 
-// "12 contacts, 1 group; 1 record failed; 31 lines dropped (X-A 20, ...)".
+// Why a record failed, as the walk reports it: the library's code and its
+// text, the line of a malformed line (data[from, to) was read), and the
+// format's own words.
+std::string failureText(const Record &record, int32_t rc, std::string_view data, size_t from,
+                        size_t to);
+
+// "12 contacts, 1 group; 1 record failed; 31 lines dropped (X-A 20, ...)";
+// "69 events from 1 object".
 std::string summaryOf(const WalkResult &r);
 
 // 1-based number of the line that holds byte `offset`; lines end in CR LF,

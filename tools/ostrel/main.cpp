@@ -24,12 +24,18 @@ constexpr const char *kUsage =
     "                    what the library made of it\n"
     "  convert FILE... --to TARGET [-o OUT]\n"
     "                    decode every record and write it again as TARGET\n"
+    "  sms decode HEX...|-f FILE, sms encode OPTIONS\n"
+    "                    short messages as hex PDUs ('ostrel sms --help')\n"
     "\n"
     "options:\n"
     "  --json            show/inspect: one JSON object a record (JSON Lines);\n"
     "                    summaries go to standard error\n"
     "  --json-binary     with --json: binary values (photos) in Base64 too\n"
     "  --dropped         list each line the library dropped, with its record\n"
+    "  --local           calendar times with Z or an offset read as local time\n"
+    "  --zone +HHMM      convert: floating calendar times are at this offset,\n"
+    "                    and every time is written in UTC\n"
+    "  --no-smsc         hex PDUs come without a service centre field\n"
     "  --trace CATEGORIES  library trace to stderr: a number, or names joined by\n"
     "                    commas: pos, field, unknown, func, text, all\n"
     "  --help            this text; 'ostrel COMMAND --help' for one command\n"
@@ -51,6 +57,21 @@ constexpr const char *kInspectUsage =
     "Prints each record's trace text (the library's own view of the record) and\n"
     "a summary line per file. Exits 1 when a file is not a known format or a\n"
     "record fails.\n";
+
+constexpr const char *kSmsUsage =
+    "usage: ostrel sms decode [--no-smsc] [--json] HEX...\n"
+    "       ostrel sms decode [--no-smsc] [--json] -f FILE\n"
+    "       ostrel sms encode [--type submit|deliver|report] [--number NUMBER]\n"
+    "                         [--text TEXT | --data HEX] [--udh HEX] [--smsc NUMBER]\n"
+    "                         [--ref N] [--request-report] [-o FILE]\n"
+    "decode: each PDU (hex, with its service centre field; --no-smsc: without\n"
+    "one) as the library's trace text, with the service centre, the coding\n"
+    "octet and a concatenation's part beneath it; -f reads the hex lines of a\n"
+    "file (modem lines such as +CMGL: are passed over). encode: one PDU from\n"
+    "the fields given, as a hex line, or as octets to FILE with -o. --udh is\n"
+    "the user data header from its length octet on; --ref the message\n"
+    "reference (4 bits of it on SMS-SUBMIT); --request-report asks for a\n"
+    "status report. A summary line ends each.\n";
 
 int usageError(const std::string &message) {
   std::fprintf(stderr, "ostrel: %s\nTry 'ostrel --help'.\n", message.c_str());
@@ -91,14 +112,42 @@ bool parseCategories(std::string_view text, uint32_t *out) {
   return true;
 }
 
+// The option of `ostrel sms` that sets a text field, or null.
+std::string *smsField(ostrel_tool::SmsOptions &sms, std::string_view a) {
+  if (a == "--number") return &sms.number;
+  if (a == "--text") return &sms.text;
+  if (a == "--data") return &sms.data;
+  if (a == "--smsc") return &sms.smsc;
+  if (a == "--udh") return &sms.udh;
+  if (a == "--type") return &sms.type;
+  if (a == "-f") return &sms.file;
+  return nullptr;
+}
+
+// "+0100" -> 60, "-0330" -> -210: how a vCalendar writes an offset.
+bool parseZone(std::string_view text, int32_t *minutes) {
+  if (text.size() != 5 || (text[0] != '+' && text[0] != '-')) return false;
+  for (char c : text.substr(1))
+    if (c < '0' || c > '9') return false;
+  const int hours = (text[1] - '0') * 10 + (text[2] - '0');
+  const int mins = (text[3] - '0') * 10 + (text[4] - '0');
+  if (hours > 14 || mins > 59) return false;
+  *minutes = (text[0] == '-' ? -1 : 1) * (hours * 60 + mins);
+  return true;
+}
+
 }  // namespace
 
 std::string convertUsage() {
-  return "usage: ostrel convert FILE... --to TARGET [-o OUT]\n"
+  return "usage: ostrel convert FILE... --to TARGET [-o OUT] [--local] [--zone +HHMM]\n"
          "Decodes every record and encodes it again as TARGET (case ignored), to OUT\n"
          "or standard output; summaries and lost lines go to standard error. OUT is\n"
          "replaced only when the whole conversion is written, and an input named as\n"
          "OUT is never overwritten when a record of it failed.\n"
+         "  --local         calendar times with Z or an offset are read as local\n"
+         "                  time (the TZ environment variable's zone)\n"
+         "  --zone +HHMM    floating calendar times are taken to be at this offset\n"
+         "                  east of UTC, and every time is written in UTC\n"
          "targets:\n" +
          ostrel_tool::targetHelp();
 }
@@ -131,6 +180,27 @@ int main(int argc, char **argv) {
       const char *v = value();
       if (!v) return usageError("--to needs a target");
       opts.target = v;
+    } else if (a == "--request-report") {
+      opts.sms.requestReport = true;
+    } else if (a == "--no-smsc") {
+      opts.codec.noSmsc = true;
+    } else if (const auto field = smsField(opts.sms, a)) {
+      const char *v = value();
+      if (!v) return usageError(std::string(a) + " needs a value");
+      *field = v;
+      opts.sms.textGiven = opts.sms.textGiven || a == "--text";
+      opts.sms.dataGiven = opts.sms.dataGiven || a == "--data";
+    } else if (a == "--ref") {
+      const char *v = value();
+      char *end = nullptr;
+      opts.sms.ref = v ? std::strtol(v, &end, 0) : -1;
+      if (!v || *end != '\0') return usageError("--ref needs a number");
+    } else if (a == "--local") {
+      opts.codec.decodeZone = VCAL_ZONE_LOCAL;
+    } else if (a == "--zone") {
+      const char *v = value();
+      if (!v || !parseZone(v, &opts.codec.encodeZone))
+        return usageError("--zone needs an offset east of UTC as +HHMM or -HHMM");
     } else if (a == "-o") {
       const char *v = value();
       if (!v) return usageError("-o needs a file name");
@@ -166,6 +236,23 @@ int main(int argc, char **argv) {
       return usageError("convert needs --to TARGET (" + ostrel_tool::targetNames() + ")");
     if (opts.out.mode == ostrel_tool::Mode::Json) return usageError("--json goes with show or inspect");
     return ostrel_tool::runConvert(opts);
+  }
+  if (command == "sms") {
+    const std::string sub = opts.files.empty() ? "" : opts.files.front();
+    if (help || sub.empty()) return std::fputs(kSmsUsage, help ? stdout : stderr), help ? 0 : 2;
+    opts.files.erase(opts.files.begin());
+    if (sub == "decode") {
+      opts.sms.hex = opts.files;
+      if (opts.sms.hex.empty() == opts.sms.file.empty())
+        return usageError("sms decode needs hex PDUs or -f FILE, not both");
+      return ostrel_tool::runSmsDecode(opts);
+    }
+    if (sub == "encode") {
+      if (!opts.files.empty()) return usageError("sms encode takes options only");
+      if (opts.out.mode == ostrel_tool::Mode::Json) return usageError("--json goes with sms decode");
+      return ostrel_tool::runSmsEncode(opts);
+    }
+    return usageError("sms " + sub + ": the sms commands are decode and encode");
   }
   return usageError("unknown command '" + command + "'");
 }
