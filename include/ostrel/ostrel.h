@@ -17,5 +17,7 @@
 #include "ostrel/VcalEd.h"
 #include "ostrel/SmsItem.h"
 #include "ostrel/PsmsEd.h"
+#include "ostrel/VsmsEd.h"
+#include "ostrel/VsmsEd3G.h"
 
 #endif /* OSTREL_ALL_H */
