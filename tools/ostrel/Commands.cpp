@@ -60,10 +60,12 @@ const Target *findTarget(std::string_view name) {
   return nullptr;
 }
 
-bool offers(const Format &f, const Target &target) {
+// The format's own target of that name: formats may share a target's name
+// (a short message of any form written as VSMS), each with its own entry.
+const Target *offered(const Format &f, const Target &target) {
   for (const Target &t : f.targets)
-    if (&t == &target) return true;
-  return false;
+    if (t.name == target.name) return &t;
+  return nullptr;
 }
 
 bool sameFile(const std::string &a, const std::string &b) {
@@ -143,13 +145,14 @@ int runConvert(const Options &opts) {
     if (!opts.output.empty() && path != "-" && sameFile(path, opts.output)) outputIsInput = true;
     const std::string name = path == "-" ? "<stdin>" : path;
     const bool fileOk = walkFile(lib, path, stderr, opts.out, [&](const Seen &seen) {
-      if (!offers(seen.format, *target)) {
+      const Target *own = offered(seen.format, *target);
+      if (own == nullptr) {
         std::fprintf(stderr, "ostrel: %s: record %d at line %zu: a %.*s cannot be written as %s\n",
                      name.c_str(), seen.number, seen.line, static_cast<int>(seen.format.noun.size()),
                      seen.format.noun.data(), std::string(target->name).c_str());
         return false;
       }
-      const int32_t rc = seen.record.encode(out, target->version);
+      const int32_t rc = seen.record.encode(out, own->version);
       if (rc < 0)
         std::fprintf(stderr, "ostrel: %s: record %d: %.*s (%d)\n", name.c_str(), seen.number,
                      static_cast<int>(resultText(rc).size()), resultText(rc).data(), rc);

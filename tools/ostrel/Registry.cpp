@@ -10,19 +10,20 @@ extern const Format kContactFormat;
 extern const Format kNoteFormat;
 extern const Format kBookmarkFormat;
 extern const Format kCalendarFormat;
+extern const Format kVsmsFormat;
+extern const Format kVmsgFormat;
 
 std::span<const Format> formats() {
-  static const std::array<Format, 5> kAll{kGroupFormat, kContactFormat, kNoteFormat,
-                                          kBookmarkFormat, kCalendarFormat};
+  static const std::array<Format, 7> kAll{kGroupFormat, kContactFormat, kNoteFormat,
+                                          kBookmarkFormat, kCalendarFormat, kVsmsFormat,
+                                          kVmsgFormat};
   return kAll;
 }
 
 // Phone formats whose readers are still to come: a file that starts so is
 // named for what it is instead of being called unknown.
 std::span<const Unread> unreadFormats() {
-  static constexpr std::array<Unread, 4> kAll{{
-      {"BEGIN:VSMS", "VSMS"},
-      {"BEGIN:X-VMSG", "3G message text"},
+  static constexpr std::array<Unread, 2> kAll{{
       {"<?xml", "XML listing"},
       {"\x8C", "binary MMS"},
   }};
