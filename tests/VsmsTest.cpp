@@ -61,6 +61,8 @@ std::string encode(const SmsItem *item, const int32_t *stat = nullptr, const cha
   return contents(out);
 }
 
+std::string extInfo(const SmsItem &s) { return KvoStr_buf(&s.extInfo); }
+
 void setUdh(SmsItem *item, const std::vector<uint8_t> &udh) {
   std::copy(udh.begin(), udh.end(), item->udhBuf);
   item->udhLen = static_cast<int32_t>(udh.size());
@@ -342,7 +344,38 @@ TEST(Vsms, AFailedWriteIsTheResultAndNamesItsLine) {
   }
 }
 
-std::string extInfo(const SmsItem &s) { return KvoStr_buf(&s.extInfo); }
+// Hostile sizes and bytes: defined results, bounded fields.
+TEST(Vsms, BadInputGivesDefinedResults) {
+  std::string flags = "FLAGS:";
+  for (int i = 0; i < 10000; ++i) flags += i % 2 ? "REJ-DUP\\;" : "X;";
+  const std::string rows[] = {
+      "DATA:" + std::string(1 << 20, 'x'),
+      "UDH;ENCODING=BASE64:" + std::string(1368, 'Q'),  // 1 KB of header
+      flags,
+      "DATA;ENCODING=BASE64;TYPE=BIN:A*B=C\r\n =",
+      std::string("TEL:1\0" "2", 7),
+      "MSG-REF:-99999999999999999999999999",
+  };
+  for (const std::string &row : rows) {
+    const std::string text = "BEGIN:VSMS\r\n" + row + "\r\nEND:VSMS\r\n";
+    SCOPED_TRACE(text.substr(0, 60));
+    ScratchStrStrm in(text);
+    Sms s;
+    ASSERT_EQ(Vsms_dec(in, &s, nullptr), 1);
+    EXPECT_LE(s.udhLen, 140);
+    EXPECT_LE(s.msgRef, 255u);
+    EXPECT_LE(s.flags, 0x1Fu);
+  }
+  Sms big;
+  const std::string text = "BEGIN:VSMS\r\n" + rows[0] + "\r\nEND:VSMS\r\n";
+  ScratchStrStrm in(text);
+  ASSERT_EQ(Vsms_dec(in, &big, nullptr), 1);
+  EXPECT_EQ(KvoWcs_len(&big.data), 1 << 20);
+  // A 3G text of length 0 and no END line: measured, read to its end, 0.
+  Sms cut;
+  EXPECT_EQ(Vsms_dec_3g("BEGIN:X-VMSG\r\nX-ANCK:1\r\nX-BODY:x", 0, &cut), 0);
+  EXPECT_EQ(extInfo(cut), "");
+}
 
 TEST(Vsms3g, Rows) {
   struct Row {
