@@ -33,7 +33,8 @@ OSTREL_API int32_t Vbkm_decx(IStrm *vbkm, BkmItem *item, uint32_t *ver, KvoStr *
   if (!OSTREL_REQUIRE(vbkm && item, "vbkm && item")) return 0;
   OSTREL_CHECK(item, BKM_ITEM_TAG);
   Bookmark bookmark{item, ver, luid};
-  return ostrel::detail::decodeRecord(vbkm, "VBKM", kProps, bookmark, item, BkmItem_clear, "vbkm", true);
+  return ostrel::detail::decodeRecord(vbkm, "VBKM", kProps, bookmark, item, BkmItem_clear, "vbkm",
+                                      ostrel::detail::PosForm::kBracketed);
 }
 
 OSTREL_API int32_t Vbkm_dec(IStrm *vbkm, BkmItem *item, uint32_t *ver) {

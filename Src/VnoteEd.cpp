@@ -36,7 +36,8 @@ OSTREL_API int32_t Vnote_decx(IStrm *vnote, NoteItem *item, uint32_t *ver, KvoSt
   if (!OSTREL_REQUIRE(vnote && item, "vnote && item")) return 0;
   OSTREL_CHECK(item, NOTE_ITEM_TAG);
   Note note{item, ver, luid};
-  return ostrel::detail::decodeRecord(vnote, "VNOTE", kProps, note, item, NoteItem_clear, "vnote", false);
+  return ostrel::detail::decodeRecord(vnote, "VNOTE", kProps, note, item, NoteItem_clear, "vnote",
+                                      ostrel::detail::PosForm::kPlain);
 }
 
 OSTREL_API int32_t Vnote_dec(IStrm *vnote, NoteItem *item, uint32_t *ver) {

@@ -37,6 +37,18 @@ int main(void) {
     CHECK(Vrr_dec("YM1 6 #5 MP1 1+ SU #2", &item) == 1);
     CHECK(item.arule.yearMonth.sub.monthPos.pos[0].bits == ((1u << 17) | 1u));
   }
+  {
+    /* A 3G message read into the record and written as VSMS. */
+    static const char text[] = "BEGIN:X-VMSG\r\nX-TYPE:DELIVER\r\nX-BODY:hi\r\nEND:X-VMSG\r\n";
+    SmsItem item;
+    MemStrm storage;
+    IStrm *m = MemStrm_xcreatex__(&storage, 0, __FILE__, __LINE__);
+    SmsItem_new(&item);
+    CHECK(Vsms_dec_3g(text, 0, &item) == 1 && item.type == SMS_DELIVER);
+    CHECK(Vsms_enc(m, &item, 0) == 0 && IStrm_size(m) > 0);
+    SmsItem_delete(&item);
+    IStrm_delete(m);
+  }
   Ostrel_exit();
   return 0;
 }

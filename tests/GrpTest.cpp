@@ -211,7 +211,7 @@ TEST(TextFrame, SkipsToItsBeginDispatchesAndStopsAtItsEnd) {
     const std::string text = c.text;
     ScratchStrStrm in(text);
     std::string log;
-    EXPECT_EQ(decodeFrame(in, "VTEST", kTinyTable, log, fallback), c.rc);
+    EXPECT_EQ(decodeFrame(in, "VTEST", kTinyTable, log, {fallback}), c.rc);
     EXPECT_EQ(log, c.log);
     const int64_t pos = IStrm_tell(in);
     ASSERT_TRUE(pos >= 0 && pos <= static_cast<int64_t>(text.size())) << pos;

@@ -267,11 +267,11 @@ TEST_F(Vcard, EncodeWholeCard) {
   IStrm_write(bytes, "abcd", 4);
   IStrm_rewind(bytes);
   PbSval_fillx(&photo->sval, bytes, VPI_LOC_INLINE, "X");
-  // "abcd" in Base64 is "YWJjZA==", on a folded line of its own and
-  // closed by the blank line of a 2.1 Base64 value.
+  // "abcd" in Base64 is "YWJjZA==", on the property's own line; the next
+  // property ends it, no blank line.
   EXPECT_EQ(encode("7"), crlf({"BEGIN:VCARD", "VERSION:2.1", "X-IRMC-LUID:7", "N:a;b;;;",
-                               "TEL;WORK;CELL;PREF:1\\;2", "PHOTO;ENCODING=BASE64;TYPE=X:",
-                               " YWJjZA==", "", "END:VCARD"}));
+                               "TEL;WORK;CELL;PREF:1\\;2", "PHOTO;ENCODING=BASE64;TYPE=X:YWJjZA==",
+                               "END:VCARD"}));
   EXPECT_EQ(rc_, 0);
   tarnex::ScratchMemStrm out(0);
   PbItem_dump(&item_, out, 0);

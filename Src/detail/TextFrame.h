@@ -155,25 +155,41 @@ const Row *findRow(const Row (&table)[N], const char *name) {
   return nullptr;
 }
 
-// "un-handled field" with the property's name and its value.
-inline void traceUnhandled(const char *name, IStrm *val, int32_t level) {
-  if (!traceOn(kModule, kCatUnknown, level)) return;
-  tout_beg(__FILE__, __LINE__, kModule, kCatUnknown, level);
+// "un-handled field" with the property's name and its value; module 6
+// unless a format keeps the module of its own reader.
+inline void traceUnhandled(const char *name, IStrm *val, int32_t level, int32_t module = kModule) {
+  if (!traceOn(module, kCatUnknown, level)) return;
+  tout_beg(__FILE__, __LINE__, module, kCatUnknown, level);
   tout_fmt("un-handled field \"%s\"", name);
   tout_tstrm(val);
   tout_endx();
 }
 
+// What a table decoder may add to its rows.
+template <class Ctx>
+struct FrameHooks {
+  // A name no row knows; null: traced "un-handled field" (6, 0x4, 3) and dropped.
+  void (*fallback)(Ctx &, const FrameProp &) = nullptr;
+  // Each property inside, name and value, traced (category 0x1) as it is read.
+  bool traceEach = false;
+};
+
 // The frame with its table: see the head of this file.
 template <class Ctx, size_t N>
 int32_t decodeFrame(IStrm *strm, const char *word, const FrameRow<Ctx> (&table)[N], Ctx &ctx,
-                    void (*fallback)(Ctx &, const FrameProp &) = nullptr) {
+                    const FrameHooks<Ctx> &hooks = {}) {
   return readFrame(strm, word, [&](const KvoStr *name, const KvoStr *params, IStrm *val) {
     const FrameProp prop{KvoStr_buf(name), params, val};
+    if (hooks.traceEach && traceOn(kModule, kCatPos, 3)) {
+      tout_beg(__FILE__, __LINE__, kModule, kCatPos, 3);
+      tout_fmt("%s : ", prop.name);
+      tout_tstrm(val);  // leaves the value where it stood
+      tout_endx();
+    }
     if (const FrameRow<Ctx> *row = findRow(table, prop.name))
       row->handler(ctx, prop);
-    else if (fallback != nullptr)
-      fallback(ctx, prop);
+    else if (hooks.fallback != nullptr)
+      hooks.fallback(ctx, prop);
     else
       traceUnhandled(prop.name, val, 3);
   });
@@ -181,15 +197,16 @@ int32_t decodeFrame(IStrm *strm, const char *word, const FrameRow<Ctx> (&table)[
 
 // The whole of a small decoder around decodeFrame: the record cleared
 // before and again below 1, the stream's position traced at entry and exit
-// ("vnote: 0/120", or bracketed "[vbkm: 0/96]").
+// ("vnote: 0/120", "[vbkm: 0/96]", "vsms beg pos : 0").
 template <class Ctx, size_t N, class Item>
 int32_t decodeRecord(IStrm *strm, const char *word, const FrameRow<Ctx> (&table)[N], Ctx &ctx,
-                     Item *item, void (*clear)(Item *), const char *codec, bool bracketed) {
-  tracePos(codec, strm, bracketed);
+                     Item *item, void (*clear)(Item *), const char *codec, PosForm form,
+                     const FrameHooks<Ctx> &hooks = {}) {
+  tracePos(codec, strm, form);
   clear(item);
-  const int32_t rc = decodeFrame(strm, word, table, ctx);
+  const int32_t rc = decodeFrame(strm, word, table, ctx, hooks);
   if (rc < 1) clear(item);
-  tracePos(codec, strm, bracketed);
+  tracePos(codec, strm, form, true);
   return rc;
 }
 

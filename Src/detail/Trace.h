@@ -56,17 +56,24 @@ inline void openOutput(IStrm *strm, int32_t append) {
     IStrm_seek(strm, 0, KVO_SEEK_END);
 }
 
-// "vnote: 12/300", or "[vnote: 12/300]" bracketed: where a codec stands in
-// its stream.
-inline void tracePos(const char *codec, IStrm *strm, bool bracketed) {
+// Where a codec stands in its stream, in the form its family has always
+// written: "vnote: 12/300", "[vnote: 12/300]", or "vsms beg pos : 12" at
+// entry and "vsms end pos : 300" at exit.
+enum class PosForm { kPlain, kBracketed, kBegEnd };
+
+inline void tracePos(const char *codec, IStrm *strm, PosForm form, bool atExit = false) {
   if (!traceOn(kModule, kCatPos, 3)) return;
   tout_beg(__FILE__, __LINE__, kModule, kCatPos, 3);
   const int pos = static_cast<int>(IStrm_tell(strm)), size = static_cast<int>(IStrm_size(strm));
-  if (bracketed)
-    tout_fmt("[%s: %d/%d]", codec, pos, size);
-  else
-    tout_fmt("%s: %d/%d", codec, pos, size);
+  switch (form) {
+    case PosForm::kPlain: tout_fmt("%s: %d/%d", codec, pos, size); break;
+    case PosForm::kBracketed: tout_fmt("[%s: %d/%d]", codec, pos, size); break;
+    case PosForm::kBegEnd: tout_fmt("%s %s pos : %d", codec, atExit ? "end" : "beg", pos); break;
+  }
   tout_endx();
+}
+inline void tracePos(const char *codec, IStrm *strm, bool bracketed) {
+  tracePos(codec, strm, bracketed ? PosForm::kBracketed : PosForm::kPlain);
 }
 
 // A date counts as set when its year or its hour word holds a value.

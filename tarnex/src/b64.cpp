@@ -116,21 +116,18 @@ TARNEX_API int32_t b64_enc_strm_from_strm(IStrm *out, IStrm *in, int32_t width,
     kvo_assert__("out && in", __FILE__, __LINE__);
     return 0;
   }
-  const bool ownLines = start == -1;
+  // Behind an uncounted column the first line is filled as a continuation
+  // line is, the blank that leads those counted as the one column.
   StrmSink sink(out);
-  Folder folder(sink, width, ownLines ? 1 : std::max(start, int32_t{0}));
+  Folder folder(sink, width, start == -1 ? 1 : std::max(start, int32_t{0}));
   uint8_t block[kInBlock];
   char text[kOutBlock];
-  bool first = true;
   for (;;) {
     const int32_t n = readFull(in, block, kInBlock);
     if (n == 0) break;
-    if (first && ownLines) sink.put("\r\n ", 3);
-    first = false;
     folder.put(text, encodeBlock(block, n, text));
     if (n < kInBlock || sink.failed()) break;
   }
-  if (ownLines) sink.put("\r\n", 2);
   return sink.finish();
 }
 

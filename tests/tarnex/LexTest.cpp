@@ -196,7 +196,7 @@ TEST(LexLine, WrittenValuesReadBackWhole) {
   };
   const struct { const Reader *reader; std::string text, want; } rows[] = {
       {&kB64, encoded(b64_enc_strm_from_strm, 22), raw},
-      {&kB64, encoded(b64_enc_strm_from_strm, -1), raw},  // own lines, then a blank line
+      {&kB64, encoded(b64_enc_strm_from_strm, -1), raw},  // on the property's line, no blank line
       {&kQp, encoded(qp_enc_strm_from_strm, 43), raw},
       {&kQp, encoded(qp_enc_strm_from_strm, 80), raw},  // begins with a soft break
       {&kPlain, plain, joined},

@@ -368,6 +368,31 @@ for args in 'sms' 'sms frobnicate' 'sms decode' "sms decode $good -f $tmp/bad.he
 done
 expect_status 0 "$tool" sms --help
 expect_line "$tmp/out" '^usage: ostrel sms decode'
+# Short messages: VSMS and the 3G text read, converted to VSMS and read back
+# the same, written as PDU hex lines; mixed with notes and cards in order.
+expect_status 0 "$tool" show "$samples/messages.vsms"
+cp "$tmp/out" "$tmp/show1"
+expect_line "$tmp/out" 'messages\.vsms: 4 messages$'
+expect_line "$tmp/out" '^  Data: binary payload, 5 bytes$'
+expect_status 0 "$tool" convert "$samples/messages.vsms" --to vsms20 -o "$tmp/m.vsms"
+expect_status 0 "$tool" show "$tmp/m.vsms"
+diff <(grep -v 'messages\.vsms' "$tmp/show1") <(grep -v 'm\.vsms' "$tmp/out") >/dev/null ||
+  fail "messages.vsms changed through convert --to vsms20"
+expect_status 0 "$tool" convert "$tmp/m.vsms" --to vsms20 -o "$tmp/m2.vsms"
+cmp -s "$tmp/m.vsms" "$tmp/m2.vsms" || fail "messages.vsms is no fixed point of convert --to vsms20"
+expect_status 0 "$tool" convert "$samples/message-3g.txt" --to vsms20 -o "$tmp/3g.vsms"
+expect_status 0 "$tool" show "$tmp/3g.vsms"
+expect_line "$tmp/out" '^  Text: Paket liegt bei Nachbarn; Klingel 3$'
+expect_line "$tmp/out" '3g\.vsms: 1 message$'
+expect_status 0 "$tool" convert "$samples/messages.vsms" "$samples/message-3g.txt" --to pdu
+[ "$(grep -Ec '^[0-9A-F]+$' "$tmp/out")" -eq 5 ] || fail "--to pdu: expected five hex lines"
+{ cat "$samples/message-3g.txt"; cat "$samples/notes.vnt"; card m; cat "$samples/messages.vsms"
+  printf 'BEGIN:X-VMSG\r\nX-BODY:cut'; } >"$tmp/mixed.msg"
+expect_status 1 "$tool" inspect "$tmp/mixed.msg"
+expect_line "$tmp/out" 'mixed\.msg: 1 3G message, 2 notes, 1 contact, 4 messages; 1 record failed$'
+expect_line "$tmp/err" 'record 9 \(3G message\) at byte [0-9]+, line [0-9]+: no record'
+expect_status 1 "$tool" convert "$tmp/mixed.msg" --to pdu
+expect_line "$tmp/err" 'a note cannot be written as pdu$'
 
 if [ "$failures" -ne 0 ]; then
   echo "$failures check(s) failed"

@@ -11,19 +11,20 @@ extern const Format kNoteFormat;
 extern const Format kBookmarkFormat;
 extern const Format kCalendarFormat;
 extern const Format kPduFormat;
+extern const Format kVsmsFormat;
+extern const Format kVmsgFormat;
 
 std::span<const Format> formats() {
-  static const std::array<Format, 6> kAll{kGroupFormat, kContactFormat, kNoteFormat,
-                                          kBookmarkFormat, kCalendarFormat, kPduFormat};
+  static const std::array<Format, 8> kAll{kGroupFormat,    kContactFormat, kNoteFormat,
+                                          kBookmarkFormat, kCalendarFormat, kPduFormat,
+                                          kVsmsFormat,     kVmsgFormat};
   return kAll;
 }
 
 // Phone formats whose readers are still to come: a file that starts so is
 // named for what it is instead of being called unknown.
 std::span<const Unread> unreadFormats() {
-  static constexpr std::array<Unread, 4> kAll{{
-      {"BEGIN:VSMS", "VSMS"},
-      {"BEGIN:X-VMSG", "3G message text"},
+  static constexpr std::array<Unread, 2> kAll{{
       {"<?xml", "XML listing"},
       {"\x8C", "binary MMS"},
   }};

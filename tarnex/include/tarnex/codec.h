@@ -23,10 +23,12 @@ extern "C" {
  * text follows, so no line is ever a lone blank.
  * start >= 0: the running column of the line the text begins on; the first
  * break comes when that line reaches `width` (at once if it already has).
- * start == -1: the value begins on a line of its own (CR LF, blank first) and
- * ends with CR LF, so that the property line's own CR LF leaves the blank
- * line that ends a Base64 value in vCard 2.1. An empty input then writes
- * the closing CR LF alone. Other negative starts count as 0.
+ * start == -1: the text continues the property's line right behind its
+ * colon, at a column the caller does not count: the first line holds as
+ * much text as each continuation line (width - 1 characters), and nothing
+ * is written before or after the text, so the property's own CR LF ends
+ * the value and the next property follows on the next line. An empty input
+ * writes nothing. Other negative starts count as 0.
  * A null stream is misuse (reported) and writes nothing. */
 TARNEX_API int32_t b64_enc_strm_from_strm(IStrm *out, IStrm *in, int32_t width,
                                           int32_t start);
