@@ -37,6 +37,19 @@ int main(void) {
     CHECK(Vrr_dec("YM1 6 #5 MP1 1+ SU #2", &item) == 1);
     CHECK(item.arule.yearMonth.sub.monthPos.pos[0].bits == ((1u << 17) | 1u));
   }
+  {
+    /* A notification's header read from C: type, subject, one To. */
+    static const char pdu[] = "\x8C\x82\x96Hi\0\x97+4917/TYPE=PLMN\0\x02";
+    StrStrm storage;
+    IStrm *in = StrStrm_xcreate__(&storage, pdu, (int32_t)sizeof pdu - 1, __FILE__, __LINE__);
+    MmsItem item;
+    MmsItem_new(&item);
+    CHECK(mms_dec_hdr(in, &item.hdr) == 0);
+    CHECK(item.hdr.msgType == 0x82 && IStrm_tell(in) == (int64_t)sizeof pdu - 2);
+    CHECK(strcmp(KvoStr_buf(&item.hdr.tos), "+4917") == 0);
+    MmsItem_delete(&item);
+    IStrm_delete(in);
+  }
   Ostrel_exit();
   return 0;
 }
