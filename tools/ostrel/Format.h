@@ -51,6 +51,9 @@ class Record {
   virtual Description describe() = 0;
   // Appends the record in the target's text; 0 or a negative code.
   virtual int32_t encode(IStrm *out, uint32_t version) = 0;
+  // What sort of its format the record is, for the summary ("m-send-req");
+  // empty where the noun says it all.
+  virtual std::string kind() { return {}; }
 };
 
 // A name `convert --to` accepts, the version word it hands to the encoder,
@@ -72,6 +75,9 @@ struct Format {
   std::optional<size_t> (*claims)(std::string_view rest);
   std::unique_ptr<Record> (*make)();
   std::span<const Target> targets;
+  // One record a file (a binary message): claimed only at the start of the
+  // data, and nothing behind it is read as another record.
+  bool wholeFile = false;
 };
 
 // Every format, in the order that settles a tie: where two records begin at

@@ -10,21 +10,21 @@ extern const Format kContactFormat;
 extern const Format kNoteFormat;
 extern const Format kBookmarkFormat;
 extern const Format kCalendarFormat;
+extern const Format kMmsFormat;
 
 std::span<const Format> formats() {
-  static const std::array<Format, 5> kAll{kGroupFormat, kContactFormat, kNoteFormat,
-                                          kBookmarkFormat, kCalendarFormat};
+  static const std::array<Format, 6> kAll{kGroupFormat, kContactFormat, kNoteFormat,
+                                          kBookmarkFormat, kCalendarFormat, kMmsFormat};
   return kAll;
 }
 
 // Phone formats whose readers are still to come: a file that starts so is
 // named for what it is instead of being called unknown.
 std::span<const Unread> unreadFormats() {
-  static constexpr std::array<Unread, 4> kAll{{
+  static constexpr std::array<Unread, 3> kAll{{
       {"BEGIN:VSMS", "VSMS"},
       {"BEGIN:X-VMSG", "3G message text"},
       {"<?xml", "XML listing"},
-      {"\x8C", "binary MMS"},
   }};
   return kAll;
 }

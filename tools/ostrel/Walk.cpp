@@ -51,7 +51,10 @@ class Claims {
     const Format *best = nullptr;
     for (size_t i = 0; i < formats().size(); ++i) {
       if (next_[i] != kNone && (next_[i] == kUnknown || next_[i] < pos)) {
-        const auto found = formats()[i].claims(data_.substr(pos));
+        const Format &f = formats()[i];
+        std::optional<size_t> found;
+        if (!f.wholeFile || pos == 0) found = f.claims(data_.substr(pos));
+        if (found && f.wholeFile && *found != 0) found.reset();  // only at the start
         next_[i] = found ? pos + *found : kNone;
       }
       if (next_[i] != kNone && (best == nullptr || next_[i] < *at)) {
@@ -175,8 +178,12 @@ WalkResult walk(const Input &in, DroppedLines &dropped, const OnRecord &onRecord
         result.counts.emplace_back(format, 1);
       else
         ++count->second;
+      if (std::string kind = record->kind(); !kind.empty()) {
+        auto &kinds = result.kinds[format];
+        if (std::find(kinds.begin(), kinds.end(), kind) == kinds.end()) kinds.push_back(kind);
+      }
       if (!onRecord(seen)) result.ok = false;
-      pos = end;
+      pos = format->wholeFile ? data.size() : end;
       continue;
     }
     result.ok = false;
@@ -199,8 +206,9 @@ WalkResult walk(const Input &in, DroppedLines &dropped, const OnRecord &onRecord
         std::fprintf(stderr, "ostrel: %s: no end line follows, so no later %.*s is looked for\n",
                      in.name.c_str(), static_cast<int>(format->noun.size()), format->noun.data());
     }
-    // Go on at the next record any format finds behind this one's first line.
-    pos = nextLineStart(data, at);
+    // Go on at the next record any format finds behind this one's first
+    // line; a file that is one record has no other.
+    pos = format->wholeFile ? data.size() : nextLineStart(data, at);
   }
   if (result.failed > kMaxFailureMessages)
     std::fprintf(stderr, "ostrel: %s: %d more failed records not listed\n", in.name.c_str(),
@@ -214,9 +222,15 @@ WalkResult walk(const Input &in, DroppedLines &dropped, const OnRecord &onRecord
 
 std::string summaryOf(const WalkResult &r) {
   std::string s;
-  for (const auto &[format, n] : r.counts)
+  for (const auto &[format, n] : r.counts) {
     s += (s.empty() ? "" : ", ") + std::to_string(n) + " " +
          std::string(n == 1 ? format->noun : format->plural);
+    if (const auto kinds = r.kinds.find(format); kinds != r.kinds.end()) {
+      std::string list;
+      for (const std::string &k : kinds->second) list += (list.empty() ? "" : ", ") + k;
+      s += " (" + list + ")";
+    }
+  }
   if (s.empty()) s = "no records";
   if (r.failed != 0)
     s += "; " + std::to_string(r.failed) + (r.failed == 1 ? " record" : " records") + " failed";

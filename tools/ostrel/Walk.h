@@ -36,6 +36,7 @@ struct Seen {
 struct WalkResult {
   bool ok = true;              // every record read and handled
   std::vector<std::pair<const Format *, int>> counts;  // in order of first sight
+  std::map<const Format *, std::vector<std::string>> kinds;  // each once, in order
   int failed = 0;
   std::map<std::string, int> droppedByName;
   int droppedLines = 0;
