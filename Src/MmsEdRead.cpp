@@ -83,12 +83,20 @@ MmsIn::MmsIn(IStrm *s) : s_(s) {
   if (begin_ != nullptr) {
     p_ = begin_;
     end_ = begin_ + n;
-    start_ = IStrm_tell(s);
   }
 }
 
-MmsIn::~MmsIn() {
-  if (begin_ != nullptr && p_ != begin_) IStrm_seek(s_, p_ - begin_, KVO_SEEK_CUR);
+void MmsIn::leaveWindow() {
+  if (begin_ == nullptr) return;
+  if (p_ != begin_) IStrm_seek(s_, p_ - begin_, KVO_SEEK_CUR);
+  begin_ = p_ = end_ = nullptr;
+}
+
+int32_t MmsIn::slowByte() {
+  leaveWindow();
+  const int32_t c = IStrm_getc(s_);
+  if (c < 0) eos_ = true;
+  return c;
 }
 
 void MmsIn::unget() {
@@ -98,18 +106,12 @@ void MmsIn::unget() {
     --p_;
 }
 
-int64_t MmsIn::pos() const { return begin_ != nullptr ? start_ + (p_ - begin_) : IStrm_tell(s_); }
-
 bool MmsIn::skip(uint64_t n) {
-  if (begin_ != nullptr) {
-    if (n > static_cast<uint64_t>(end_ - p_)) {
-      p_ = end_;
-      eos_ = true;
-      return false;
-    }
+  if (begin_ != nullptr && n <= static_cast<uint64_t>(end_ - p_)) {
     p_ += n;
     return true;
   }
+  leaveWindow();
   const int64_t here = IStrm_tell(s_), size = IStrm_size(s_);
   if (here > size || n > static_cast<uint64_t>(size - here)) {
     IStrm_seek(s_, 0, KVO_SEEK_END);
@@ -121,11 +123,12 @@ bool MmsIn::skip(uint64_t n) {
 }
 
 bool MmsIn::take(uint64_t n, std::string_view *out, tarnex::ScratchStr<256> &spill) {
-  if (begin_ != nullptr) {
-    const auto left = static_cast<uint64_t>(end_ - p_);
-    *out = {reinterpret_cast<const char *>(p_), static_cast<size_t>(std::min(n, left))};
-    return skip(n);
+  if (begin_ != nullptr && n <= static_cast<uint64_t>(end_ - p_)) {
+    *out = {reinterpret_cast<const char *>(p_), static_cast<size_t>(n)};
+    p_ += n;
+    return true;
   }
+  leaveWindow();
   KvoStr_clear(spill);
   char chunk[4096];
   uint64_t done = 0;

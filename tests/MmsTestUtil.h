@@ -1,9 +1,10 @@
 // Helpers of the MMS tests and fuzz target (no test framework in here): a
-// scoped header, a stream that lends no buffer, and a header read through
-// a stream with and without a window, rendered as one line.
+// scoped header, a stream that lends a short window or none, and a header
+// read through each, rendered as one line.
 #ifndef OSTREL_TESTS_MMSTESTUTIL_H
 #define OSTREL_TESTS_MMSTESTUTIL_H
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -19,25 +20,35 @@ struct Hdr : MmsHdr {
   Hdr &operator=(const Hdr &) = delete;
 };
 
-// A memory stream whose table has no peek, so readers go byte by byte.
-class NoWindowStrm {
+// A memory stream that lends at most `window` bytes (0: none, so readers
+// go byte by byte; a short window makes them carry on past it).
+class LentStrm {
  public:
-  explicit NoWindowStrm(std::string_view bytes) : mem_(0) {
+  LentStrm(std::string_view bytes, int64_t window) : mem_(0) {
     IStrm_write(mem_, bytes.data(), static_cast<int32_t>(bytes.size()));
-    ops_ = *mem_.get()->ops;
-    ops_.peek = nullptr;
-    original_ = mem_.get()->ops;
+    IStrm_rewind(mem_);
+    memOps() = mem_.get()->ops;
+    ops_ = *memOps();
+    ops_.peek = window == 0 ? nullptr : window == 1 ? shortPeek<1> : shortPeek<5>;
     mem_.get()->ops = &ops_;
   }
-  ~NoWindowStrm() { mem_.get()->ops = original_; }
-  NoWindowStrm(const NoWindowStrm &) = delete;
-  NoWindowStrm &operator=(const NoWindowStrm &) = delete;
+  ~LentStrm() { mem_.get()->ops = memOps(); }
+  LentStrm(const LentStrm &) = delete;
+  LentStrm &operator=(const LentStrm &) = delete;
   operator IStrm *() const { return mem_; }
 
  private:
+  static const IStrmOps *&memOps() {
+    static const IStrmOps *ops = nullptr;
+    return ops;
+  }
+  template <int64_t N>
+  static int64_t shortPeek(IStrm *s, const uint8_t **p) {
+    const int64_t n = memOps()->peek(s, p);
+    return n < N ? n : N;
+  }
   tarnex::ScratchMemStrm mem_;
   IStrmOps ops_;
-  const IStrmOps *original_;
 };
 
 inline std::string str(const KvoStr &s) { return {s.buf, static_cast<size_t>(s.len)}; }
@@ -76,11 +87,16 @@ inline Read readWith(IStrm *in) {
   return {rc, IStrm_tell(in), render(hdr)};
 }
 
-// The header read in place and byte by byte.
-inline std::pair<Read, Read> readBoth(std::string_view bytes) {
-  tarnex::ScratchStrStrm windowed(bytes);
-  NoWindowStrm plain(bytes);
-  return {readWith(windowed), readWith(plain)};
+// The header read in place, through windows of 1 and 5 bytes, and byte by
+// byte: the one result, or nothing when they differ.
+inline std::optional<Read> readAgreed(std::string_view bytes) {
+  tarnex::ScratchStrStrm whole(bytes);
+  const Read first = readWith(whole);
+  for (int64_t window : {0, 1, 5}) {
+    LentStrm lent(bytes, window);
+    if (!(readWith(lent) == first)) return std::nullopt;
+  }
+  return first;
 }
 
 }  // namespace mmstest

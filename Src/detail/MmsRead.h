@@ -14,27 +14,20 @@
 
 namespace ostrel::detail {
 
-// A stream read byte by byte. A stream that lends its buffer (peek) is read
-// in place and moved on once, when the reader ends; any other goes through
-// getc. Both give the same bytes and leave the stream at the same place.
+// A stream read byte by byte. The bytes a stream lends (peek) are read in
+// place, and the stream is moved on once, when the reader ends; past them
+// (or with a stream that lends none) the reader goes through getc, so a
+// window shorter than the stream costs speed, never bytes. Both ways give
+// the same bytes and leave the stream at the same place.
 class MmsIn {
  public:
   explicit MmsIn(IStrm *s);
-  ~MmsIn();
+  ~MmsIn() { leaveWindow(); }
   MmsIn(const MmsIn &) = delete;
   MmsIn &operator=(const MmsIn &) = delete;
 
   // The next byte, or -1 at the end (and eos() is then true).
-  int32_t byte() {
-    if (begin_ == nullptr) {
-      const int32_t c = IStrm_getc(s_);
-      if (c < 0) eos_ = true;
-      return c;
-    }
-    if (p_ < end_) return *p_++;
-    eos_ = true;
-    return -1;
-  }
+  int32_t byte() { return p_ < end_ ? *p_++ : slowByte(); }
   // Puts back the byte just read; never called after an end.
   void unget();
   // Steps over n bytes; false (at the end, eos) when fewer are left.
@@ -44,12 +37,14 @@ class MmsIn {
   // with bytes actually read.
   bool take(uint64_t n, std::string_view *out, tarnex::ScratchStr<256> &spill);
   bool eos() const { return eos_; }
-  int64_t pos() const;
 
  private:
+  int32_t slowByte();
+  // Moves the stream to where the window was read to; from here on getc.
+  void leaveWindow();
+
   IStrm *s_;
   const uint8_t *begin_ = nullptr, *p_ = nullptr, *end_ = nullptr;
-  int64_t start_ = 0;  // the stream's position at begin_
   bool eos_ = false;
 };
 
