@@ -234,6 +234,21 @@ TEST(MmsDecHdr, WhereTheHeaderEnds) {
   for (const Row &row : rows) check(row, hex(row.bytes));
 }
 
+// The values a caller sees with MMS headers traced (category 8, level 1),
+// and the fault of a token where text was due (category 2, level 1).
+TEST(MmsDecHdr, TracesTheValuesItKeeps) {
+  std::string text;
+  DbgMng_setSink([](void *ctx, const char *t, int32_t n) { static_cast<std::string *>(ctx)->append(t, n); },
+                 &text);
+  DbgMng_select(6, 0x8 | 0x2, 1);
+  decode("\x89\x03\x80" "f\0\x97" "+1/TYPE=PLMN\0\x82" "c\0\x81" "b\0\x96" "S\0\x83" "x\0\x9A\x80\x02"s);
+  DbgMng_reset();
+  DbgMng_setSink(nullptr, nullptr);
+  for (const char *want : {"from: f", "to: +1\n", "cc: c", "bcc: b", "title: S",
+                           "X-Mms-Content-Location: x\n", "mms_dec_str_val"})
+    EXPECT_NE(text.find(want), std::string::npos) << want << " in " << text;
+}
+
 TEST(MmsDecHdr, ReusedHeaderKeepsAddressesAndReplacesTheRest) {
   mmstest::Hdr hdr;
   for (const std::string &msg : {"\x8C\x82\x97" "a\0\x96" "one\0\x89\x03\x80" "f\0"s,
