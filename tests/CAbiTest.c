@@ -48,6 +48,17 @@ int main(void) {
     CHECK(Vsms_enc(m, &item, 0) == 0 && IStrm_size(m) > 0);
     SmsItem_delete(&item);
     IStrm_delete(m);
+    /* A notification's header read from C: type, subject, one To. */
+    static const char pdu[] = "\x8C\x82\x96Hi\0\x97+4917/TYPE=PLMN\0\x02";
+    StrStrm storage;
+    IStrm *in = StrStrm_xcreate__(&storage, pdu, (int32_t)sizeof pdu - 1, __FILE__, __LINE__);
+    MmsItem item;
+    MmsItem_new(&item);
+    CHECK(mms_dec_hdr(in, &item.hdr) == 0);
+    CHECK(item.hdr.msgType == 0x82 && IStrm_tell(in) == (int64_t)sizeof pdu - 2);
+    CHECK(strcmp(KvoStr_buf(&item.hdr.tos), "+4917") == 0);
+    MmsItem_delete(&item);
+    IStrm_delete(in);
   }
   Ostrel_exit();
   return 0;

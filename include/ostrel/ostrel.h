@@ -22,5 +22,7 @@
 #include "ostrel/XmmsEd.h"
 #include "ostrel/VsmsEd.h"
 #include "ostrel/VsmsEd3G.h"
+#include "ostrel/MmsItem.h"
+#include "ostrel/MmsEd.h"
 
 #endif /* OSTREL_ALL_H */

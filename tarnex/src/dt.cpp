@@ -73,6 +73,22 @@ TARNEX_API int32_t KvoDt_chk(const KvoDt *dt, int32_t flags) {
   return timeOk(*dt) ? 1 : 0;
 }
 
+TARNEX_API int32_t KvoDt_fromSecs(KvoDt *dt, int64_t secs) {
+  if (!dt) {
+    kvo_assert__("dt", __FILE__, __LINE__);
+    return 0;
+  }
+  KvoDt_init(dt);
+  // Far beyond 9999 either way; bounds the day count before any arithmetic.
+  constexpr int64_t kLimit = int64_t{4000000} * 86400;
+  if (secs < -kLimit || secs > kLimit) return 0;
+  KvoDt out = *dt;
+  out.zone = 0;
+  if (!civil::setWallSeconds(&out, secs)) return 0;
+  *dt = out;
+  return 1;
+}
+
 TARNEX_API KvoDt *KvoDt_toLoc(KvoDt *dst, const KvoDt *src) {
   if (!dst || !src) {
     kvo_assert__("dst && src", __FILE__, __LINE__);

@@ -168,6 +168,10 @@ TEST(IsoDt, EncxAgreesWithGmtime) {
     const time_t tt = static_cast<time_t>(t);
     struct tm tm {};
     ASSERT_TRUE(gmtime_r(&tt, &tm));
+    KvoDt fromSecs;
+    ASSERT_TRUE(KvoDt_fromSecs(&fromSecs, t));
+    EXPECT_EQ(show(fromSecs), show(mk(tm.tm_year + 1900, tm.tm_mon + 1, tm.tm_mday, tm.tm_hour,
+                                      tm.tm_min, tm.tm_sec, 0, 0)));
     for (int32_t zone : {0, 345, -600}) {
       const time_t shifted = tt + zone * 60;
       struct tm loc {};
@@ -183,6 +187,14 @@ TEST(IsoDt, EncxAgreesWithGmtime) {
       EXPECT_EQ(encx(own, 0), want) << show(own);
       EXPECT_EQ(encx(floating, zone), want) << show(floating);
     }
+  }
+}
+
+TEST(KvoDt, FromSecsRefusesYearsPast9999) {
+  for (int64_t secs : {int64_t{-62135596801}, int64_t{253402300800}, INT64_MAX, INT64_MIN}) {
+    KvoDt dt = mk(2000, 1, 1, 0, 0, 0, 0, 0);
+    EXPECT_EQ(KvoDt_fromSecs(&dt, secs), 0) << secs;
+    EXPECT_EQ(show(dt), "-/0/0 -:0:0.0 z-") << secs;
   }
 }
 

@@ -93,6 +93,9 @@ class Record {
   virtual std::vector<Span> entries() { return {}; }
   // Reads entry i of entries() alone: 1, or the library's code.
   virtual int32_t decodeEntry(size_t) { return 0; }
+  // What sort of its format and kind the record is, for the summary
+  // ("m-send-req"); empty where the noun says it all.
+  virtual std::string subtype() { return {}; }
 };
 
 // A name `convert --to` accepts, the version word it hands to the encoder,
@@ -114,6 +117,9 @@ struct Format {
   std::optional<size_t> (*claims)(std::string_view rest);
   std::unique_ptr<Record> (*make)();
   std::span<const Target> targets;
+  // One record a file (a binary message): claimed only at the start of the
+  // data, and nothing behind it is read as another record.
+  bool wholeFile = false;
 };
 
 // Every format, in the order that settles a tie: where two records begin at

@@ -10,6 +10,8 @@
 #include <algorithm>
 #include <memory>
 
+#include "Format.h"
+
 namespace ostrel_tool {
 namespace {
 
@@ -119,7 +121,12 @@ bool loadInput(const std::string &path, Input *in) {
     return false;
   }
   size_t mark = 0;
-  const std::string charset = detectUtf16(raw, &mark);
+  // A file that is one binary record is taken as its bytes: its zeros say
+  // nothing of a text encoding.
+  const bool binary = std::any_of(formats().begin(), formats().end(), [&](const Format &f) {
+    return f.wholeFile && f.claims(raw) == size_t{0};
+  });
+  const std::string charset = binary ? std::string() : detectUtf16(raw, &mark);
   if (charset.empty()) {
     in->data = std::move(raw);
     return true;

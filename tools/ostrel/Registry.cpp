@@ -13,20 +13,20 @@ extern const Format kCalendarFormat;
 extern const Format kPduFormat;
 extern const Format kVsmsFormat;
 extern const Format kVmsgFormat;
+extern const Format kMmsFormat;
 
 std::span<const Format> formats() {
-  static const std::array<Format, 8> kAll{kGroupFormat,    kContactFormat, kNoteFormat,
+  static const std::array<Format, 9> kAll{kGroupFormat,    kContactFormat, kNoteFormat,
                                           kBookmarkFormat, kCalendarFormat, kPduFormat,
-                                          kVsmsFormat,     kVmsgFormat};
+                                          kVsmsFormat,     kVmsgFormat,     kMmsFormat};
   return kAll;
 }
 
 // Phone formats whose readers are still to come: a file that starts so is
 // named for what it is instead of being called unknown.
 std::span<const Unread> unreadFormats() {
-  static constexpr std::array<Unread, 2> kAll{{
+  static constexpr std::array<Unread, 1> kAll{{
       {"<?xml", "XML listing"},
-      {"\x8C", "binary MMS"},
   }};
   return kAll;
 }

@@ -51,7 +51,10 @@ class Claims {
     const Format *best = nullptr;
     for (size_t i = 0; i < formats().size(); ++i) {
       if (next_[i] != kNone && (next_[i] == kUnknown || next_[i] < pos)) {
-        const auto found = formats()[i].claims(data_.substr(pos));
+        const Format &f = formats()[i];
+        std::optional<size_t> found;
+        if (!f.wholeFile || pos == 0) found = f.claims(data_.substr(pos));
+        if (found && f.wholeFile && *found != 0) found.reset();  // only at the start
         next_[i] = found ? pos + *found : kNone;
       }
       if (next_[i] != kNone && (best == nullptr || next_[i] < *at)) {
@@ -186,6 +189,11 @@ WalkResult walk(const Input &in, DroppedLines &dropped, const OnRecord &onRecord
     });
     if (count == result.counts.end()) count = result.counts.insert(count, {&format, kind, 0});
     ++count->records;
+    if (std::string subtype = record.subtype(); !subtype.empty()) {
+      auto &subtypes = result.subtypes[&format];
+      if (std::find(subtypes.begin(), subtypes.end(), subtype) == subtypes.end())
+        subtypes.push_back(subtype);
+    }
     if (!onRecord(seen)) result.ok = false;
   };
   auto reject = [&](const Format &format, const Record &record, int32_t rc, size_t from,
@@ -225,7 +233,7 @@ WalkResult walk(const Input &in, DroppedLines &dropped, const OnRecord &onRecord
             reject(*format, *record, entryRc, from, to);
         }
       }
-      pos = end;
+      pos = format->wholeFile ? data.size() : end;
       continue;
     }
     reject(*format, *record, rc, at, end);
@@ -238,8 +246,9 @@ WalkResult walk(const Input &in, DroppedLines &dropped, const OnRecord &onRecord
         std::fprintf(stderr, "ostrel: %s: no end line follows, so no later %.*s is looked for\n",
                      in.name.c_str(), static_cast<int>(format->noun.size()), format->noun.data());
     }
-    // Go on at the next record any format finds behind this one's first line.
-    pos = nextLineStart(data, at);
+    // Go on at the next record any format finds behind this one's first
+    // line; a file that is one record has no other.
+    pos = format->wholeFile ? data.size() : nextLineStart(data, at);
   }
   if (result.failed > kMaxFailureMessages)
     std::fprintf(stderr, "ostrel: %s: %d more failed records not listed\n", in.name.c_str(),
@@ -270,6 +279,11 @@ std::string summaryOf(const WalkResult &r) {
     if (objects != r.objects.end() && objects->second != records)
       s += " from " + std::to_string(objects->second) +
            (objects->second == 1 ? " object" : " objects");
+    if (const auto subtypes = r.subtypes.find(format); subtypes != r.subtypes.end()) {
+      std::string list;
+      for (const std::string &t : subtypes->second) list += (list.empty() ? "" : ", ") + t;
+      s += " (" + list + ")";
+    }
   }
   if (s.empty()) s = "no records";
   if (r.failed != 0)

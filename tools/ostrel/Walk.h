@@ -46,6 +46,7 @@ struct WalkResult {
   bool ok = true;              // every record read and handled
   std::vector<KindCount> counts;  // in order of first sight
   std::map<const Format *, int> objects;
+  std::map<const Format *, std::vector<std::string>> subtypes;  // each once, in order
   int failed = 0;
   std::map<std::string, int> droppedByName;
   int droppedLines = 0;

@@ -54,6 +54,10 @@ TARNEX_API KvoDur *KvoDur_init(KvoDur *dur);
  * (a date alone, whose other time words are then ignored) is allowed too.
  * An unset date gives 0. */
 TARNEX_API int32_t KvoDt_chk(const KvoDt *dt, int32_t flags);
+/* Sets dt to the UTC time secs seconds after 1970-01-01 00:00:00 (zone 0,
+ * msec 0) and gives not 0; a moment outside years 1..9999 gives 0 and
+ * leaves dt unset. Pure arithmetic: the process's time zone is not read. */
+TARNEX_API int32_t KvoDt_fromSecs(KvoDt *dt, int64_t secs);
 /* Converts src (UTC or with an offset) to the process's local time in dst
  * (which may be src); the result is floating, msec kept. A floating,
  * date-only or unusable (KvoDt_chk) src is copied unchanged. */

@@ -1,0 +1,138 @@
+// Binary multimedia messages: one message a file, recognised by its first
+// field (X-Mms-Message-Type, 0x8C) and a defined message type. So far the
+// header is read; the body comes with the message decoder.
+#include <cstdio>
+#include <memory>
+
+#include "Describe.h"
+#include "Format.h"
+#include "tarnex/scratch.hpp"
+
+namespace ostrel_tool {
+namespace {
+
+constexpr const char *kTypeNames[] = {
+    "m-send-req",        "m-send-conf",        "m-notification-ind", "m-notifyresp-ind",
+    "m-retrieve-conf",   "m-acknowledge-ind",  "m-delivery-ind",     "m-read-rec-ind",
+    "m-read-orig-ind",   "m-forward-req",      "m-forward-conf",     "m-mbox-store-req",
+    "m-mbox-store-conf", "m-mbox-view-req",    "m-mbox-view-conf",   "m-mbox-upload-req",
+    "m-mbox-upload-conf", "m-mbox-delete-req", "m-mbox-delete-conf", "m-mbox-descr",
+    "m-delete-req",      "m-delete-conf",      "m-cancel-req",       "m-cancel-conf"};
+constexpr uint8_t kFirstType = 0x80;
+constexpr size_t kTypes = std::size(kTypeNames);
+
+std::optional<size_t> claimsMessage(std::string_view rest) {
+  if (rest.size() < 2 || rest[0] != '\x8C') return std::nullopt;
+  const auto type = static_cast<uint8_t>(rest[1]);
+  if (type < kFirstType || type >= kFirstType + kTypes) return std::nullopt;
+  return 0;
+}
+
+std::string typeName(uint8_t type) {
+  if (type >= kFirstType && type < kFirstType + kTypes) return kTypeNames[type - kFirstType];
+  char hex[8];
+  std::snprintf(hex, sizeof hex, "0x%02X", type);
+  return hex;
+}
+
+// Header text is bytes from the network: well-formed UTF-8 stays, any
+// other byte and every control byte is written "\xNN".
+std::string escaped(const KvoStr &s) {
+  std::string out;
+  const auto *p = reinterpret_cast<const unsigned char *>(s.buf);
+  const size_t n = static_cast<size_t>(s.len);
+  for (size_t i = 0; i < n;) {
+    const unsigned char c = p[i];
+    size_t len = c < 0x80 ? 1 : (c >> 5) == 6 ? 2 : (c >> 4) == 14 ? 3 : (c >> 3) == 30 ? 4 : 0;
+    if (len > 1 && (i + len > n || (c == 0xC0 || c == 0xC1 || c > 0xF4))) len = 0;
+    for (size_t k = 1; k < len; ++k)
+      if ((p[i + k] & 0xC0) != 0x80) len = 0;
+    if (len == 0 || c < 0x20 || c == 0x7F) {
+      char hex[8];
+      std::snprintf(hex, sizeof hex, "\\x%02X", c);
+      out += hex;
+      ++i;
+      continue;
+    }
+    out.append(reinterpret_cast<const char *>(p + i), len);
+    i += len;
+  }
+  return out;
+}
+
+std::vector<std::string> addresses(MmsAddrEnum *e) {
+  std::vector<std::string> out;
+  tarnex::ScratchStr<128> one;
+  while (MmsAddrEnum_next(e, one) == 1) out.push_back(escaped(*one.get()));
+  MmsAddrEnum_delete(e);
+  return out;
+}
+
+class MmsHeader final : public Record {
+ public:
+  MmsHeader() { MmsHdr_new(&hdr_); }
+  ~MmsHeader() override { MmsHdr_delete(&hdr_); }
+  // The walker hands in a stream that starts at the message, which is
+  // where the header decoder begins whatever the position.
+  int32_t decode(IStrm *in) override {
+    const int32_t rc = mms_dec_hdr(in, &hdr_);
+    end_ = IStrm_tell(in);
+    endByte_ = IStrm_getc(in);
+    IStrm_seek(in, end_, KVO_SEEK_SET);
+    return rc < 0 ? rc : 1;
+  }
+  void trace(IStrm *out) override {
+    IStrm_printf(out, "# MmsHdr beg......\n");
+    IStrm_printf(out, "msgType = %s\n", typeName(hdr_.msgType).c_str());
+    const auto line = [out](const char *id, const std::string &value) {
+      if (!value.empty()) IStrm_printf(out, "%s = %s\n", id, value.c_str());
+    };
+    line("from", escaped(hdr_.from));
+    for (const std::string &a : addresses(MmsHdr_tos(&hdr_))) line("to", a);
+    for (const std::string &a : addresses(MmsHdr_ccs(&hdr_))) line("cc", a);
+    for (const std::string &a : addresses(MmsHdr_bccs(&hdr_))) line("bcc", a);
+    line("title", escaped(hdr_.title));
+    line("date", dateText(hdr_.date));
+    // A header that stops neither at the end nor at a part count stopped on
+    // something it does not know: say where, for whoever reads the file.
+    if (endByte_ >= 0x20) {
+      char where[64];
+      std::snprintf(where, sizeof where, "byte %lld (0x%02X)", static_cast<long long>(end_),
+                    static_cast<unsigned>(endByte_));
+      line("hdrEnd", where);
+    }
+    IStrm_printf(out, "# MmsHdr end !!!!!!\n");
+  }
+  Description describe() override {
+    Description d;
+    addText(d, "TYPE", "Type", typeName(hdr_.msgType));
+    addText(d, "FROM", "From", escaped(hdr_.from));
+    const struct {
+      const char *type, *label;
+      MmsAddrEnum *list;
+    } lists[] = {{"TO", "To", MmsHdr_tos(&hdr_)},
+                 {"CC", "Cc", MmsHdr_ccs(&hdr_)},
+                 {"BCC", "Bcc", MmsHdr_bccs(&hdr_)}};
+    for (const auto &l : lists)
+      for (std::string &a : addresses(l.list)) addText(d, l.type, l.label, std::move(a));
+    addText(d, "SUBJECT", "Subject", escaped(hdr_.title));
+    addText(d, "DATE", "Date", dateText(hdr_.date));
+    return d;
+  }
+  int32_t encode(IStrm *, uint32_t) override { return OSTREL_CANT; }
+  std::string subtype() override { return typeName(hdr_.msgType); }
+
+ private:
+  MmsHdr hdr_;
+  int64_t end_ = 0;
+  int32_t endByte_ = -1;
+};
+
+std::unique_ptr<Record> make() { return std::make_unique<MmsHeader>(); }
+
+}  // namespace
+
+extern const Format kMmsFormat{"mms",  "MMS", "MMS header", "MMS headers", claimsMessage, make, {},
+                               true};
+
+}  // namespace ostrel_tool
