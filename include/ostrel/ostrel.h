@@ -17,5 +17,7 @@
 #include "ostrel/VcalEd.h"
 #include "ostrel/SmsItem.h"
 #include "ostrel/PsmsEd.h"
+#include "ostrel/CallItem.h"
+#include "ostrel/XcallEd.h"
 
 #endif /* OSTREL_ALL_H */
