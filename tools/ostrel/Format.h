@@ -51,6 +51,9 @@ class Record {
   virtual Description describe() = 0;
   // Appends the record in the target's text; 0 or a negative code.
   virtual int32_t encode(IStrm *out, uint32_t version) = 0;
+  // Where a failed decode failed (", line 3, column 7"), when the format
+  // can tell; empty otherwise.
+  virtual std::string failurePlace() { return {}; }
 };
 
 // A name `convert --to` accepts, the version word it hands to the encoder,
@@ -59,6 +62,10 @@ struct Target {
   std::string_view name;
   uint32_t version;
   std::string_view writes;
+  // A listing target's head and closing lines, written once around all
+  // records; null for formats of self-contained records.
+  int32_t (*head)(IStrm *) = nullptr;
+  int32_t (*closing)(IStrm *) = nullptr;
 };
 
 struct Format {
@@ -72,6 +79,13 @@ struct Format {
   std::optional<size_t> (*claims)(std::string_view rest);
   std::unique_ptr<Record> (*make)();
   std::span<const Target> targets;
+  // A listing: the record claimed is the whole rest of the file, and one
+  // record object reads its entries one after another (decode gives 1 an
+  // entry, 0 at the listing's end, a negative code on failure).
+  bool wholeFile = false;
+  // What the tool mends in the file before the library reads it (unless
+  // --strict), reporting each repair; null: nothing.
+  std::string (*repair)(std::string_view text, std::vector<std::string> *reports) = nullptr;
 };
 
 // Every format, in the order that settles a tie: where two records begin at

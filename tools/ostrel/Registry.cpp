@@ -10,10 +10,11 @@ extern const Format kContactFormat;
 extern const Format kNoteFormat;
 extern const Format kBookmarkFormat;
 extern const Format kCalendarFormat;
+extern const Format kCallFormat;
 
 std::span<const Format> formats() {
-  static const std::array<Format, 5> kAll{kGroupFormat, kContactFormat, kNoteFormat,
-                                          kBookmarkFormat, kCalendarFormat};
+  static const std::array<Format, 6> kAll{kGroupFormat,    kContactFormat,  kNoteFormat,
+                                          kBookmarkFormat, kCalendarFormat, kCallFormat};
   return kAll;
 }
 

@@ -146,17 +146,68 @@ void reportUnknown(const Input &in) {
 
 size_t lineOf(std::string_view text, size_t offset) { return LineCounter(text).at(offset); }
 
-WalkResult walk(const Input &in, DroppedLines &dropped, const OnRecord &onRecord) {
+namespace {
+
+// The repairs of the format that claims the file from its start (a listing
+// is the whole file), each said on standard error.
+std::string repaired(const Input &in, size_t start) {
+  for (const Format &f : formats()) {
+    if (!f.wholeFile || f.repair == nullptr || !f.claims(std::string_view(in.data).substr(start)))
+      continue;
+    std::vector<std::string> reports;
+    std::string text = f.repair(in.data, &reports);
+    for (const std::string &r : reports)
+      std::fprintf(stderr, "ostrel: %s: %s (--strict leaves it)\n", in.name.c_str(), r.c_str());
+    return text;
+  }
+  return in.data;
+}
+
+// A listing: one record object reads every entry; a failure ends it, for
+// the parser's failures stick.
+void walkWhole(const Format &format, const Input &in, size_t at, size_t line, IStrm *stream,
+               const OnRecord &onRecord, int *number, WalkResult *result) {
+  auto record = format.make();
+  IStrm_seek(stream, static_cast<int64_t>(at), KVO_SEEK_SET);
+  int entries = 0;
+  int32_t rc;
+  while ((rc = record->decode(stream)) == 1) {
+    ++entries;
+    Seen seen{format, *record, in.name, ++*number, at, line, {}};
+    if (!onRecord(seen)) result->ok = false;
+  }
+  if (entries != 0) result->counts.emplace_back(&format, entries);
+  if (rc == 0) return;
+  result->ok = false;
+  ++result->failed;
+  const char *words = XmlPsr_codeText(rc);
+  const std::string why = words != nullptr ? words : std::string(resultText(rc));
+  std::fprintf(stderr, "ostrel: %s: %.*s %d: %s%s (%d)\n", in.name.c_str(),
+               static_cast<int>(format.noun.size()), format.noun.data(), *number + 1, why.c_str(),
+               record->failurePlace().c_str(), rc);
+}
+
+}  // namespace
+
+WalkResult walk(const Input &in, DroppedLines &dropped, const OnRecord &onRecord, bool strict) {
   WalkResult result;
-  const std::string_view data(in.data);
+  const size_t markLen = std::string_view(in.data).substr(0, 3) == "\xEF\xBB\xBF" ? 3 : 0;
+  const std::string text = strict ? std::string() : repaired(in, markLen);
+  const std::string_view data(strict ? in.data : text);
   tarnex::ScratchStrStrm stream(data);
   Claims claims(data);
   LineCounter lines(data);
   // A UTF-8 mark belongs to no record; the scanners look behind it.
-  size_t pos = data.substr(0, 3) == "\xEF\xBB\xBF" ? 3 : 0;
+  size_t pos = markLen;
   int number = 0;
+  bool listing = false;
   size_t at = 0;
   while (const Format *format = claims.first(pos, &at)) {
+    if (format->wholeFile) {
+      listing = true;
+      walkWhole(*format, in, at, lines.at(at), stream, onRecord, &number, &result);
+      break;
+    }
     ++number;
     auto record = format->make();
     IStrm_seek(stream, static_cast<int64_t>(at), KVO_SEEK_SET);
@@ -205,7 +256,7 @@ WalkResult walk(const Input &in, DroppedLines &dropped, const OnRecord &onRecord
   if (result.failed > kMaxFailureMessages)
     std::fprintf(stderr, "ostrel: %s: %d more failed records not listed\n", in.name.c_str(),
                  result.failed - kMaxFailureMessages);
-  if (number == 0) {
+  if (number == 0 && !listing) {
     reportUnknown(in);
     result.ok = false;
   }

@@ -44,7 +44,9 @@ struct WalkResult {
 // Gives false from onRecord to count the record as failed (already said).
 using OnRecord = std::function<bool(const Seen &)>;
 
-WalkResult walk(const Input &in, DroppedLines &dropped, const OnRecord &onRecord);
+// strict: no repairs before the library reads.
+WalkResult walk(const Input &in, DroppedLines &dropped, const OnRecord &onRecord,
+                bool strict = false);
 
 // "12 contacts, 1 group; 1 record failed; 31 lines dropped (X-A 20, ...)".
 std::string summaryOf(const WalkResult &r);

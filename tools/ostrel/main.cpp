@@ -30,6 +30,8 @@ constexpr const char *kUsage =
     "                    summaries go to standard error\n"
     "  --json-binary     with --json: binary values (photos) in Base64 too\n"
     "  --dropped         list each line the library dropped, with its record\n"
+    "  --strict          read files as they are: no repairs (a bare & in an XML\n"
+    "                    listing is otherwise written as &amp;, each repair said)\n"
     "  --trace CATEGORIES  library trace to stderr: a number, or names joined by\n"
     "                    commas: pos, field, unknown, func, text, all\n"
     "  --help            this text; 'ostrel COMMAND --help' for one command\n"
@@ -127,6 +129,8 @@ int main(int argc, char **argv) {
       opts.out.jsonBinary = true;
     } else if (a == "--dropped") {
       opts.out.listDropped = true;
+    } else if (a == "--strict") {
+      opts.out.strict = true;
     } else if (a == "--to") {
       const char *v = value();
       if (!v) return usageError("--to needs a target");
