@@ -212,12 +212,12 @@ int32_t feed(XmlPsr *p) {
   p->state = State::kRunning;
   for (;;) {
     if (p->eof) return statusOf(p, XML_Parse(p->xp, nullptr, 0, XML_TRUE));
-    // expat rescans a pending token at every call: give it at least as
-    // much again as is pending, so the rescans add up to linear time.
+    // expat rescans a pending token at every call: give it at least half
+    // as much again as is pending, so the rescans add up to linear time.
     const int64_t index = XML_GetCurrentByteIndex(p->xp);
     const int64_t pending = index >= 0 && index <= p->fed ? p->fed - index : p->fed;
     const int32_t want = static_cast<int32_t>(
-        std::clamp<int64_t>(pending, kChunk, XML_PSR_BUDGET));
+        std::clamp<int64_t>(pending / 2, kChunk, XML_PSR_BUDGET));
     const int32_t held = static_cast<int32_t>(std::min(p->heldNul, kHeldMax));
     char *buf = static_cast<char *>(XML_GetBuffer(p->xp, want + held));
     if (buf == nullptr) return fail(p);
