@@ -250,6 +250,11 @@ expect_line "$tmp/out" 'cut\.xml: 2 calls; 1 record failed$'
 printf '<?xml version="1.0"?>\n<media-list><media name="a"/></media-list>\n' >"$tmp/root.xml"
 expect_status 1 "$tool" inspect "$tmp/root.xml"
 expect_line "$tmp/err" 'root\.xml: starts with <\?xml .*XML listing, a format this build does not read'
+printf '<?xml version="1.0" encoding="UTF-16"?>\n<call-listing><Call number="1"/></call-listing>\n' |
+  iconv -f UTF-8 -t UTF-16 >"$tmp/u16.xml"
+expect_status 0 "$tool" inspect "$tmp/u16.xml"
+expect_line "$tmp/err" 'its XML declaration now names UTF-8$'
+expect_line "$tmp/out" 'u16\.xml: 1 call$'
 expect_status 0 "$tool" convert "$samples/calls.xml" "$tmp/rep.xml" --to calls -o "$tmp/conv.xml"
 expect_line "$tmp/conv.xml" '^<call-listing version="1\.0">'
 expect_line "$tmp/conv.xml" 'type="Tom &amp; Jerry"'
