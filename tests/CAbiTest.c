@@ -58,6 +58,17 @@ int main(void) {
     CHECK(item.hdr.msgType == 0x82 && IStrm_tell(in) == (int64_t)sizeof pdu - 2);
     CHECK(strcmp(KvoStr_buf(&item.hdr.tos), "+4917") == 0);
     MmsItem_delete(&item);
+    /* A call listing read from C: one entry, then the end. */
+    StrStrm storage;
+    IStrm *in = StrStrm_xcreate__(&storage, "<call-listing><Call number='1'/></call-listing>", -1,
+                                  __FILE__, __LINE__);
+    CallItem item;
+    XmlListDec *dec = Xcalls_decBeg(in);
+    CallItem_new(&item);
+    CHECK(Xcalls_decItem(dec, &item) == 0 && strcmp(item.tel.buf, "1") == 0);
+    CHECK(Xcalls_decItem(dec, &item) == OSTREL_EOS);
+    CHECK(Xcalls_decEnd(dec) == 0);
+    CallItem_delete(&item);
     IStrm_delete(in);
   }
   Ostrel_exit();

@@ -24,5 +24,7 @@
 #include "ostrel/VsmsEd3G.h"
 #include "ostrel/MmsItem.h"
 #include "ostrel/MmsEd.h"
+#include "ostrel/CallItem.h"
+#include "ostrel/XcallEd.h"
 
 #endif /* OSTREL_ALL_H */

@@ -49,7 +49,7 @@ bool walkFile(Library &lib, const std::string &path, std::FILE *summaryTo, const
         std::fprintf(summaryTo, "%s: record %d, line %zu: %s dropped\n", in.name.c_str(),
                      seen.number, d.line, d.name.c_str());
     return ok;
-  }, opts.codec, opts.only);
+  }, opts.codec, opts.only, opts.out.strict);
   std::fprintf(summaryTo, "%s: %s\n", in.name.c_str(), summaryOf(r).c_str());
   return r.ok;
 }
@@ -142,6 +142,7 @@ int runConvert(const Options &opts) {
   tarnex::ScratchMemStrm out(0);
   bool ok = true;
   bool outputIsInput = false;
+  if (target->head != nullptr) target->head(out);
   for (const std::string &path : opts.files) {
     if (!opts.output.empty() && path != "-" && sameFile(path, opts.output)) outputIsInput = true;
     const std::string name = path == "-" ? "<stdin>" : path;
@@ -163,6 +164,7 @@ int runConvert(const Options &opts) {
     });
     ok = ok && fileOk;
   }
+  if (target->closing != nullptr) target->closing(out);
   const std::string text = bytes(out);
   if (opts.output.empty()) {
     std::fwrite(text.data(), 1, text.size(), stdout);

@@ -96,6 +96,9 @@ class Record {
   // What sort of its format and kind the record is, for the summary
   // ("m-send-req"); empty where the noun says it all.
   virtual std::string subtype() { return {}; }
+  // Where a failed decode failed (", line 3, column 7"), when the format
+  // can tell; empty otherwise.
+  virtual std::string failurePlace() { return {}; }
 };
 
 // A name `convert --to` accepts, the version word it hands to the encoder,
@@ -104,6 +107,10 @@ struct Target {
   std::string_view name;
   uint32_t version;
   std::string_view writes;
+  // A listing target's head and closing lines, written once around all
+  // records; null for formats of self-contained records.
+  int32_t (*head)(IStrm *) = nullptr;
+  int32_t (*closing)(IStrm *) = nullptr;
 };
 
 struct Format {
@@ -120,6 +127,13 @@ struct Format {
   // One record a file (a binary message): claimed only at the start of the
   // data, and nothing behind it is read as another record.
   bool wholeFile = false;
+  // A listing: the record claimed is the whole rest of the file, and one
+  // record object reads its entries one after another (decode gives 1 an
+  // entry, 0 at the listing's end, a negative code on failure).
+  bool listing = false;
+  // What the tool mends in the file before the library reads it (unless
+  // --strict), reporting each repair; null: nothing.
+  std::string (*repair)(std::string_view text, std::vector<std::string> *reports) = nullptr;
 };
 
 // Every format, in the order that settles a tie: where two records begin at

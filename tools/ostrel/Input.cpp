@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
+#include <cctype>
 #include <cstring>
 #include <filesystem>
 #include <algorithm>
@@ -103,6 +104,26 @@ std::string detectUtf16(const std::string &data, size_t *markLen) {
   return guessByZeros(data);
 }
 
+namespace {
+
+// An XML declaration that names the UTF-16 the text was read from must
+// name UTF-8 once the text is UTF-8, or an XML parser refuses it.
+bool utf8Declared(std::string *text) {
+  if (text->compare(0, 5, "<?xml") != 0) return false;
+  const size_t end = text->find("?>");
+  const size_t at = text->find("encoding=", 5);
+  if (at == std::string::npos || end == std::string::npos || at > end) return false;
+  const size_t from = at + 10, to = text->find_first_of("\"'", from);
+  if (to == std::string::npos || to > end || (*text)[from - 1] != (*text)[to]) return false;
+  std::string name = text->substr(from, to - from);
+  for (char &c : name) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+  if (name.compare(0, 6, "UTF-16") != 0) return false;
+  text->replace(from, to - from, "UTF-8");
+  return true;
+}
+
+}  // namespace
+
 bool loadInput(const std::string &path, Input *in) {
   in->name = path == "-" ? "<stdin>" : path;
   std::error_code ec;
@@ -142,6 +163,7 @@ bool loadInput(const std::string &path, Input *in) {
   if (raw.size() % 2 != 0) in->note += "; its odd last byte was dropped";
   if (replaced != 0)
     in->note += "; " + std::to_string(replaced) + " broken unit(s) replaced by U+FFFD";
+  if (utf8Declared(&in->data)) in->note += "; its XML declaration now names UTF-8";
   if (in->data.size() > kMaxBytes) {
     std::fprintf(stderr, "ostrel: %s: larger than 2 GiB as UTF-8, not read\n", in->name.c_str());
     return false;

@@ -18,6 +18,7 @@ struct OutputOptions {
   Mode mode = Mode::Trace;
   bool jsonBinary = false;  // --json-binary: binary values in Base64
   bool listDropped = false;  // --dropped
+  bool strict = false;       // --strict: the file as it is, no repairs
 };
 
 void printRecord(std::FILE *to, const Seen &seen, const OutputOptions &opts);

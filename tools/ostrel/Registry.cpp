@@ -14,11 +14,13 @@ extern const Format kPduFormat;
 extern const Format kVsmsFormat;
 extern const Format kVmsgFormat;
 extern const Format kMmsFormat;
+extern const Format kCallFormat;
 
 std::span<const Format> formats() {
-  static const std::array<Format, 9> kAll{kGroupFormat,    kContactFormat, kNoteFormat,
-                                          kBookmarkFormat, kCalendarFormat, kPduFormat,
-                                          kVsmsFormat,     kVmsgFormat,     kMmsFormat};
+  static const std::array<Format, 10> kAll{kGroupFormat,    kContactFormat, kNoteFormat,
+                                           kBookmarkFormat, kCalendarFormat, kPduFormat,
+                                           kVsmsFormat,     kVmsgFormat,     kMmsFormat,
+                                           kCallFormat};
   return kAll;
 }
 

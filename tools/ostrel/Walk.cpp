@@ -162,10 +162,55 @@ std::string failureText(const Record &record, int32_t rc, std::string_view data,
   return why;
 }
 
+namespace {
+
+// The repairs of the format that claims the file from its start (a listing
+// is the whole file), each said on standard error.
+std::string repaired(const Input &in, size_t start) {
+  for (const Format &f : formats()) {
+    if (!f.listing || f.repair == nullptr || !f.claims(std::string_view(in.data).substr(start)))
+      continue;
+    std::vector<std::string> reports;
+    std::string text = f.repair(in.data, &reports);
+    for (const std::string &r : reports)
+      std::fprintf(stderr, "ostrel: %s: %s (--strict leaves it)\n", in.name.c_str(), r.c_str());
+    return text;
+  }
+  return in.data;
+}
+
+// A listing: one record object reads every entry; a failure ends it, for
+// the parser's failures stick.
+void walkWhole(const Format &format, const Input &in, size_t at, size_t line, IStrm *stream,
+               const OnRecord &onRecord, int *number, WalkResult *result) {
+  auto record = format.make();
+  IStrm_seek(stream, static_cast<int64_t>(at), KVO_SEEK_SET);
+  int entries = 0;
+  int32_t rc;
+  while ((rc = record->decode(stream)) == 1) {
+    ++entries;
+    Seen seen{format, *record, format.noun, in.name, ++*number, at, line, {}};
+    if (!onRecord(seen)) result->ok = false;
+  }
+  if (entries != 0) result->counts.push_back({&format, Kind{format.noun, format.plural}, entries});
+  if (rc == 0) return;
+  result->ok = false;
+  ++result->failed;
+  const char *words = XmlPsr_codeText(rc);
+  const std::string why = words != nullptr ? words : std::string(resultText(rc));
+  std::fprintf(stderr, "ostrel: %s: %.*s %d: %s%s (%d)\n", in.name.c_str(),
+               static_cast<int>(format.noun.size()), format.noun.data(), *number + 1, why.c_str(),
+               record->failurePlace().c_str(), rc);
+}
+
+}  // namespace
+
 WalkResult walk(const Input &in, DroppedLines &dropped, const OnRecord &onRecord,
-                const CodecOptions &codec, const Format *only) {
+                const CodecOptions &codec, const Format *only, bool strict) {
   WalkResult result;
-  const std::string_view data(in.data);
+  const size_t markLen = std::string_view(in.data).substr(0, 3) == "\xEF\xBB\xBF" ? 3 : 0;
+  const std::string text = strict ? std::string() : repaired(in, markLen);
+  const std::string_view data(strict ? in.data : text);
   tarnex::ScratchStrStrm stream(data);
   Claims claims(data);
   if (only != nullptr)
@@ -173,8 +218,9 @@ WalkResult walk(const Input &in, DroppedLines &dropped, const OnRecord &onRecord
       if (f.name != only->name) claims.drop(&f);
   LineCounter lines(data);
   // A UTF-8 mark belongs to no record; the scanners look behind it.
-  size_t pos = data.substr(0, 3) == "\xEF\xBB\xBF" ? 3 : 0;
+  size_t pos = markLen;
   int number = 0;
+  bool listing = false;
   size_t at = 0;
 
   // A record read: [from, to) holds the lines its dropped names are on.
@@ -207,6 +253,11 @@ WalkResult walk(const Input &in, DroppedLines &dropped, const OnRecord &onRecord
   };
 
   while (const Format *format = claims.first(pos, &at)) {
+    if (format->listing) {
+      listing = true;
+      walkWhole(*format, in, at, lines.at(at), stream, onRecord, &number, &result);
+      break;
+    }
     ++number;
     auto record = format->make();
     record->configure(codec);
@@ -253,7 +304,7 @@ WalkResult walk(const Input &in, DroppedLines &dropped, const OnRecord &onRecord
   if (result.failed > kMaxFailureMessages)
     std::fprintf(stderr, "ostrel: %s: %d more failed records not listed\n", in.name.c_str(),
                  result.failed - kMaxFailureMessages);
-  if (number == 0) {
+  if (number == 0 && !listing) {
     reportUnknown(in);
     result.ok = false;
   }

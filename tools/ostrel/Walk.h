@@ -55,9 +55,11 @@ struct WalkResult {
 // Gives false from onRecord to count the record as failed (already said).
 using OnRecord = std::function<bool(const Seen &)>;
 
-// only: the one format to look for, or all of them.
+// only: the one format to look for, or all of them. strict: no repairs
+// before the library reads.
 WalkResult walk(const Input &in, DroppedLines &dropped, const OnRecord &onRecord,
-                const CodecOptions &codec = {}, const Format *only = nullptr);
+                const CodecOptions &codec = {}, const Format *only = nullptr,
+                bool strict = false);
 
 // Why a record failed, as the walk reports it: the library's code and its
 // text, the line of a malformed line (data[from, to) was read), and the

@@ -36,6 +36,8 @@ constexpr const char *kUsage =
     "  --zone +HHMM      convert: floating calendar times are at this offset,\n"
     "                    and every time is written in UTC\n"
     "  --no-smsc         hex PDUs come without a service centre field\n"
+    "  --strict          read files as they are: no repairs (a bare & in an XML\n"
+    "                    listing is otherwise written as &amp;, each repair said)\n"
     "  --trace CATEGORIES  library trace to stderr: a number, or names joined by\n"
     "                    commas: pos, field, unknown, func, text, all\n"
     "  --help            this text; 'ostrel COMMAND --help' for one command\n"
@@ -176,6 +178,8 @@ int main(int argc, char **argv) {
       opts.out.jsonBinary = true;
     } else if (a == "--dropped") {
       opts.out.listDropped = true;
+    } else if (a == "--strict") {
+      opts.out.strict = true;
     } else if (a == "--to") {
       const char *v = value();
       if (!v) return usageError("--to needs a target");
