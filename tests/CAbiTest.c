@@ -48,6 +48,8 @@ int main(void) {
     CHECK(Vsms_enc(m, &item, 0) == 0 && IStrm_size(m) > 0);
     SmsItem_delete(&item);
     IStrm_delete(m);
+  }
+  {
     /* A notification's header read from C: type, subject, one To. */
     static const char pdu[] = "\x8C\x82\x96Hi\0\x97+4917/TYPE=PLMN\0\x02";
     StrStrm storage;
@@ -58,6 +60,9 @@ int main(void) {
     CHECK(item.hdr.msgType == 0x82 && IStrm_tell(in) == (int64_t)sizeof pdu - 2);
     CHECK(strcmp(KvoStr_buf(&item.hdr.tos), "+4917") == 0);
     MmsItem_delete(&item);
+    IStrm_delete(in);
+  }
+  {
     /* A call listing read from C: one entry, then the end. */
     StrStrm storage;
     IStrm *in = StrStrm_xcreate__(&storage, "<call-listing><Call number='1'/></call-listing>", -1,
