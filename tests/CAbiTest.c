@@ -76,6 +76,17 @@ int main(void) {
     CallItem_delete(&item);
     IStrm_delete(in);
   }
+  {
+    /* The creators a C program uses without its own file and line. */
+    IStrm *text = StrStrm_new(NULL, "BEGIN", 3);
+    CHECK(IStrm_size(text) == 3 && IStrm_getc(text) == 'B' && IStrm_putc(text, 'x') < 0);
+    IStrm_delete(text);
+    IStrm *mem = MemStrm_new(NULL);
+    for (int i = 0; i < 100; ++i) IStrm_printf(mem, "%02d", i);
+    CHECK(IStrm_size(mem) == 200 && memcmp(MemStrm_data(mem) + 196, "9899", 5) == 0);
+    IStrm_delete(mem);
+    CHECK(FileStrm_new(NULL, "/nonexistent/dir/file", "rb") == NULL);
+  }
   Ostrel_exit();
   return 0;
 }

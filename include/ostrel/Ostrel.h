@@ -22,8 +22,12 @@
 
 #include "tarnex/tarnex.h"
 
-#if defined(_WIN32)
+/* The library's own build defines OSTREL_BUILDING; a program that uses
+ * the DLL on Windows must import what the DLL exports. */
+#if defined(_WIN32) && defined(OSTREL_BUILDING)
 #define OSTREL_API __declspec(dllexport)
+#elif defined(_WIN32)
+#define OSTREL_API __declspec(dllimport)
 #else
 #define OSTREL_API __attribute__((visibility("default")))
 #endif
@@ -47,6 +51,16 @@ extern "C" {
 /* The decoder object of the XML listings (opaque): from a family's
  * _decBeg, ended by its _decEnd. */
 typedef struct XmlListDec XmlListDec;
+
+/* Version words of the formats (major in the high byte, minor in the low
+ * one), as the encoders take them and the decoders report them. An encoder
+ * given 0 writes its format's default: vCard and group cards 2.1,
+ * vCalendar 1.0, vNote and bookmarks 1.1, VSMS 2.0. */
+#define OSTREL_VER_1_0 0x100u /* vCalendar */
+#define OSTREL_VER_1_1 0x101u /* vNote, bookmarks */
+#define OSTREL_VER_2_0 0x200u /* VSMS */
+#define OSTREL_VER_2_1 0x201u /* vCard, group cards */
+#define OSTREL_VER_3_0 0x300u /* vCard */
 
 /* Starts the library (the foundation on the first start). Returns 0. */
 OSTREL_API int32_t Ostrel_init(void);

@@ -21,8 +21,12 @@
 #include <stddef.h>
 #include <stdint.h>
 
-#if defined(_WIN32)
+/* The foundation's own build defines TARNEX_BUILDING; a program that uses
+ * the DLL on Windows must import what the DLL exports. */
+#if defined(_WIN32) && defined(TARNEX_BUILDING)
 #define TARNEX_API __declspec(dllexport)
+#elif defined(_WIN32)
+#define TARNEX_API __declspec(dllimport)
 #else
 #define TARNEX_API __attribute__((visibility("default")))
 #endif

@@ -162,6 +162,16 @@ TARNEX_API IStrm *FileStrm_xcreatex__(FileStrm *storage, const char *path,
                                       const char *mode, int32_t flag, const char *file,
                                       int32_t line);
 
+/* The same streams without the allocator's file and line, for callers that
+ * do not trace where their objects were made. storage null: the stream is
+ * allocated and IStrm_delete frees it. */
+/* An empty memory stream that grows as it is written. */
+TARNEX_API IStrm *MemStrm_new(MemStrm *storage);
+/* A read-only stream over len bytes of text (len < 0: up to the terminator). */
+TARNEX_API IStrm *StrStrm_new(StrStrm *storage, const char *text, int32_t len);
+/* Opens path with an fopen mode; null when it cannot be opened. */
+TARNEX_API IStrm *FileStrm_new(FileStrm *storage, const char *path, const char *mode);
+
 /* The memory stream's bytes (contiguous, size IStrm_size), or null if s is
  * not a memory stream. They are always followed by a 0 byte that is not
  * counted, so text written to the stream can be read as a C string; an
