@@ -37,6 +37,20 @@ int main(void) {
     CHECK(Vrr_dec("YM1 6 #5 MP1 1+ SU #2", &item) == 1);
     CHECK(item.arule.yearMonth.sub.monthPos.pos[0].bits == ((1u << 17) | 1u));
   }
+  {
+    /* A call listing read from C: one entry, then the end. */
+    StrStrm storage;
+    IStrm *in = StrStrm_xcreate__(&storage, "<call-listing><Call number='1'/></call-listing>", -1,
+                                  __FILE__, __LINE__);
+    CallItem item;
+    XmlListDec *dec = Xcalls_decBeg(in);
+    CallItem_new(&item);
+    CHECK(Xcalls_decItem(dec, &item) == 0 && strcmp(item.tel.buf, "1") == 0);
+    CHECK(Xcalls_decItem(dec, &item) == OSTREL_EOS);
+    CHECK(Xcalls_decEnd(dec) == 0);
+    CallItem_delete(&item);
+    IStrm_delete(in);
+  }
   Ostrel_exit();
   return 0;
 }

@@ -44,6 +44,10 @@ extern "C" {
 #define OSTREL_EOS (-202)        /* end of stream; end of a listing */
 #define OSTREL_MALFORMED (-251)  /* a malformed property line or rule */
 
+/* The decoder object of the XML listings (opaque): from a family's
+ * _decBeg, ended by its _decEnd. */
+typedef struct XmlListDec XmlListDec;
+
 /* Starts the library (the foundation on the first start). Returns 0. */
 OSTREL_API int32_t Ostrel_init(void);
 /* Stops it; the last stop stops the foundation. An Ostrel_exit without its

@@ -20,5 +20,7 @@
 #include "ostrel/FldItem.h"
 #include "ostrel/AppItem.h"
 #include "ostrel/XmmsEd.h"
+#include "ostrel/CallItem.h"
+#include "ostrel/XcallEd.h"
 
 #endif /* OSTREL_ALL_H */
