@@ -48,11 +48,15 @@ struct ChunkedStrm {
     c->pos = std::min<size_t>(static_cast<size_t>(to), c->bytes.size());
     return 0;
   }
+  static int64_t tell(IStrm *s);
+  static int64_t size(IStrm *s);
   static constexpr IStrmOps kOps = {
       [](IStrm *) {}, nullptr, getc, [](IStrm *, int32_t) { return -1; }, read, nullptr, seek,
-      [](IStrm *s) { return static_cast<int64_t>(self(s)->pos); },
-      [](IStrm *s) { return static_cast<int64_t>(self(s)->bytes.size()); }, nullptr, nullptr};
+      tell, size, nullptr, nullptr};
 };
+
+inline int64_t ChunkedStrm::tell(IStrm *s) { return static_cast<int64_t>(self(s)->pos); }
+inline int64_t ChunkedStrm::size(IStrm *s) { return static_cast<int64_t>(self(s)->bytes.size()); }
 
 // The read sizes every listing case runs at: a byte, an odd few, a page,
 // and all at once.
