@@ -1,6 +1,9 @@
-// The MMS listing's record.
+// The MMS listing: its record, and its description for the listing
+// protocol.
 #include <array>
+#include <cstddef>
 
+#include "detail/ListingExports.h"
 #include "detail/ListingWords.h"
 #include "detail/Object.h"
 #include "detail/Trace.h"
@@ -87,3 +90,57 @@ OSTREL_API void XmmsItem_trace(XmmsItem *item) {
 }
 
 }  // extern "C"
+
+namespace {
+
+using ostrel::detail::AttrRow;
+using ostrel::detail::EntryRow;
+using ostrel::detail::kRawText;
+
+// A record of both kinds opens as a folder and carries both kinds'
+// attributes.
+constexpr EntryRow kEntries[] = {
+    {"Folder", XMMS_ATTR_FOLDER, "\t<folder", XMMS_ATTR_FOLDER},
+    {"Item", XMMS_ATTR_ITEM, "\t<item", XMMS_ATTR_ITEM},
+};
+
+constexpr AttrRow kAttrs[] = {
+    {"name", "name", &ostrel::detail::kEscapedName, offsetof(XmmsItem, name), 0},
+    {"stat", "stat", &ostrel::detail::kStatusWord, offsetof(XmmsItem, stat), XMMS_ATTR_ITEM},
+    {"size", "size", &ostrel::detail::kSize, offsetof(XmmsItem, size), XMMS_ATTR_ITEM},
+    {"perms", "perms", &ostrel::detail::kPermsText, offsetof(XmmsItem, perms), XMMS_ATTR_FOLDER},
+    {"from", "from", &kRawText, offsetof(XmmsItem, from), XMMS_ATTR_ITEM},
+    {"to", "to", &kRawText, offsetof(XmmsItem, to), XMMS_ATTR_ITEM},
+    {"cc", "cc", &kRawText, offsetof(XmmsItem, cc), XMMS_ATTR_ITEM},
+    {"bcc", "bcc", &kRawText, offsetof(XmmsItem, bcc), XMMS_ATTR_ITEM},
+    {"title", "title", &kRawText, offsetof(XmmsItem, title), XMMS_ATTR_ITEM},
+    {"xptTime", "xptTime", &ostrel::detail::kIsoDate, offsetof(XmmsItem, xptTime), XMMS_ATTR_ITEM},
+};
+
+// Status words add up from nothing in each entry; permissions start unset.
+void prepareEntry(void *item) {
+  XmmsItem *x = static_cast<XmmsItem *>(item);
+  x->perms = -1;
+  x->stat = XMMS_STAT_DEF;
+}
+
+constexpr ostrel::detail::ListingDesc kMessages = {
+    "xmms",
+    "dec->xmms",
+    "xmms && item",
+    "mms-listing",
+    "<?xml version=\"1.0\"?>\r\n"
+    "<!DOCTYPE mms-listing SYSTEM \"xml-mms-listing.dtd\">\r\n"
+    "<mms-listing version=\"1.0\">\r\n",
+    "</mms-listing>\r\n",
+    XMMS_ITEM_TAG,
+    offsetof(XmmsItem, attrs),
+    [](void *item) { XmmsItem_clear(static_cast<XmmsItem *>(item)); },
+    prepareEntry,
+    kEntries,
+    kAttrs,
+};
+
+}  // namespace
+
+OSTREL_LISTING_EXPORTS(Xmms, kMessages, XmmsItem)

@@ -5,7 +5,7 @@
 // being written and read again, as far as the family keeps it, unless its
 // raw attributes hold what the writer does not escape.
 //
-// A family F gives: Item; make(Item*), drop(Item*); decBeg, decItem,
+// A family F gives: Item; make() giving a heap record, drop(Item*); decBeg, decItem,
 // decEnd, encBeg, encItem, encEnd; render(const Item&), the entry as text;
 // kept(const Item&), the text of what a trip through the writer keeps;
 // rawSafe(const Item&), whether its raw attributes can go out unescaped.
@@ -38,33 +38,31 @@ void checkTrip(typename F::Item &item) {
   FUZZ_CHECK(F::encItem(out, &item) == 0);
   F::encEnd(out);
   IStrm_rewind(out);
-  typename F::Item again;
-  F::make(&again);
+  typename F::Item *again = F::make();
   XmlListDec *dec = F::decBeg(out);
-  FUZZ_CHECK(F::decItem(dec, &again) == 0);
-  FUZZ_CHECK(F::render(again) == F::kept(item));
-  FUZZ_CHECK(F::decItem(dec, &again) == -202);
+  FUZZ_CHECK(F::decItem(dec, again) == 0);
+  FUZZ_CHECK(F::render(*again) == F::kept(item));
+  FUZZ_CHECK(F::decItem(dec, again) == -202);
   F::decEnd(dec);
-  F::drop(&again);
+  F::drop(again);
 }
 
 template <class F>
 std::vector<std::string> readListing(std::string_view doc, int32_t readSize, bool trip) {
   testutil::ChunkedStrm in(doc, readSize);
-  typename F::Item item;
-  F::make(&item);
+  typename F::Item *item = F::make();
   XmlListDec *dec = F::decBeg(in.get());
   std::vector<std::string> out;
   int32_t r;
-  while ((r = F::decItem(dec, &item)) == 0 || r == 1) {
+  while ((r = F::decItem(dec, item)) == 0 || r == 1) {
     FUZZ_CHECK(out.size() <= doc.size());  // an entry takes bytes: reading ends
-    out.push_back(F::render(item));
-    if (trip) checkTrip<F>(item);
+    out.push_back(F::render(*item));
+    if (trip) checkTrip<F>(*item);
   }
-  FUZZ_CHECK(F::decItem(dec, &item) == r);
+  FUZZ_CHECK(F::decItem(dec, item) == r);
   out.push_back(std::to_string(r));
   F::decEnd(dec);
-  F::drop(&item);
+  F::drop(item);
   return out;
 }
 

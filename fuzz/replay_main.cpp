@@ -9,6 +9,8 @@
 #include <vector>
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size);
+// Targets that set something up once (a quiet report handler) define it.
+extern "C" __attribute__((weak)) int LLVMFuzzerInitialize(int *argc, char ***argv);
 
 namespace {
 int runFile(const std::filesystem::path &p) {
@@ -20,6 +22,7 @@ int runFile(const std::filesystem::path &p) {
 }  // namespace
 
 int main(int argc, char **argv) {
+  if (LLVMFuzzerInitialize != nullptr) LLVMFuzzerInitialize(&argc, &argv);
   int n = 0;
   for (int i = 1; i < argc; ++i) {
     std::filesystem::path p(argv[i]);

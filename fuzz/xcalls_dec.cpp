@@ -8,7 +8,7 @@ namespace {
 
 struct Calls {
   using Item = CallItem;
-  static void make(CallItem *c) { CallItem_new(c); }
+  static CallItem *make() { return CallItem_new(nullptr); }
   static void drop(CallItem *c) { CallItem_delete(c); }
   static constexpr auto decBeg = Xcalls_decBeg;
   static constexpr auto decItem = Xcalls_decItem;

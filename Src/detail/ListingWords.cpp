@@ -70,4 +70,100 @@ const char *statusWord(int32_t stat) {
   return "";
 }
 
+namespace {
+
+struct Special {
+  char c;
+  const char *entity;
+};
+constexpr Special kSpecials[] = {
+    {'<', "&lt;"}, {'>', "&gt;"}, {'&', "&amp;"}, {'\'', "&apos;"}, {'"', "&quot;"}};
+
+const char *entityOf(uint32_t unit) {
+  for (const Special &s : kSpecials)
+    if (unit == static_cast<unsigned char>(s.c)) return s.entity;
+  return nullptr;
+}
+
+bool isHigh(uint32_t u) { return u >= 0xD800 && u <= 0xDBFF; }
+bool isLow(uint32_t u) { return u >= 0xDC00 && u <= 0xDFFF; }
+
+void appendEscapedWide(const KvoWcs *name, KvoStr *out) {
+  const KvoWchar *units = KvoWcs_buf(name);
+  const int32_t n = KvoWcs_len(name);
+  for (int32_t i = 0; i < n; ++i) {
+    const uint32_t u = units[i];
+    if (const char *e = entityOf(u)) {
+      KvoStr_appdStr(out, e);
+    } else if (isHigh(u) && i + 1 < n && isLow(units[i + 1])) {
+      KvoStr_appdWchar(out, u);  // the foundation joins the pair into one sequence
+      KvoStr_appdWchar(out, units[++i]);
+    } else if (isHigh(u) || isLow(u)) {
+      KvoStr_appdWchar(out, 0xFFFD);
+    } else {
+      KvoStr_appdWchar(out, u);
+    }
+  }
+}
+
+void appendEscapedText(const KvoStr *name, KvoStr *out) {
+  const char *p = KvoStr_buf(name);
+  for (int32_t i = 0, n = KvoStr_len(name); i < n; ++i) {
+    if (const char *e = entityOf(static_cast<unsigned char>(p[i])))
+      KvoStr_appdStr(out, e);
+    else
+      KvoStr_appdChar(out, p[i]);
+  }
+}
+
+void readWideName(void *m, const char *v) { KvoWcs_setStr(static_cast<KvoWcs *>(m), v); }
+bool writeWideName(const void *m, EntryLine &line) {
+  appendEscapedWide(static_cast<const KvoWcs *>(m), line);
+  return true;
+}
+
+void readName(void *m, const char *v) { KvoStr_setStr(static_cast<KvoStr *>(m), v); }
+bool writeName(const void *m, EntryLine &line) {
+  appendEscapedText(static_cast<const KvoStr *>(m), line);
+  return true;
+}
+
+void readPerms(void *m, const char *v) { permsFromText(v, static_cast<int32_t *>(m)); }
+bool writePerms(const void *m, EntryLine &line) {
+  tarnex::ScratchStr<8> letters;
+  if (!permsToText(*static_cast<const int32_t *>(m), letters)) return false;
+  KvoStr_appdCstr(line, letters);
+  return true;
+}
+
+void readStatus(void *m, const char *v) { statusFromWord(v, static_cast<int32_t *>(m)); }
+bool writeStatus(const void *m, EntryLine &line) {
+  KvoStr_appdStr(line, statusWord(*static_cast<const int32_t *>(m)));
+  return true;
+}
+
+void readSize(void *m, const char *v) { *static_cast<uint32_t *>(m) = readNumber32(v); }
+bool writeSize(const void *m, EntryLine &line) {
+  KvoStr_appdUlong(line, *static_cast<const uint32_t *>(m));
+  return true;
+}
+
+}  // namespace
+
+void xmd_escape(const KvoWcs *name, KvoStr *out) {
+  KvoStr_clear(out);
+  appendEscapedWide(name, out);
+}
+
+void xmms_escape(const KvoStr *name, KvoStr *out) {
+  KvoStr_clear(out);
+  appendEscapedText(name, out);
+}
+
+const ValueType kWideName = {readWideName, writeWideName};
+const ValueType kEscapedName = {readName, writeName};
+const ValueType kPermsText = {readPerms, writePerms};
+const ValueType kStatusWord = {readStatus, writeStatus};
+const ValueType kSize = {readSize, writeSize};
+
 }  // namespace ostrel::detail

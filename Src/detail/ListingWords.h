@@ -7,6 +7,7 @@
 
 #include <cstdint>
 
+#include "detail/Listing.h"
 #include "tarnex/tarnex.h"
 
 namespace ostrel::detail {
@@ -22,6 +23,19 @@ void statusFromWord(const char *word, int32_t *stat);
 // The word of one status value; a sum of two, or any other value, is
 // reported and gives "".
 const char *statusWord(int32_t stat);
+
+// Names go out with the five XML specials as entities and nothing else
+// escaped. A surrogate without its partner would go out in a 3-byte form no
+// XML parser takes, so it goes out as U+FFFD.
+void xmd_escape(const KvoWcs *name, KvoStr *out);
+void xmms_escape(const KvoStr *name, KvoStr *out);
+
+// Value types of the media, folder and MMS listings.
+extern const ValueType kWideName;    // KvoWcs, read as UTF-8, written escaped and always
+extern const ValueType kEscapedName; // KvoStr, written escaped and always
+extern const ValueType kPermsText;   // int32_t letters, not written while -1
+extern const ValueType kStatusWord;  // int32_t status, its word always written
+extern const ValueType kSize;        // uint32_t, read as the listings read numbers, written always
 
 }  // namespace ostrel::detail
 

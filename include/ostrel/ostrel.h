@@ -18,6 +18,8 @@
 #include "ostrel/SmsItem.h"
 #include "ostrel/PsmsEd.h"
 #include "ostrel/FldItem.h"
+#include "ostrel/XmdEd.h"
+#include "ostrel/XfldEd.h"
 #include "ostrel/AppItem.h"
 #include "ostrel/XmmsEd.h"
 #include "ostrel/VsmsEd.h"
