@@ -36,7 +36,8 @@ void decodeEncoded(KvoStr *str, std::string_view t) {
     pos = 1u + c;
   }
   if (pos < t.size() && at(pos) == kQuote) ++pos;
-  const std::string_view text = t.substr(pos);
+  // Strings and streams count in 32 bits: a value beyond 1 GiB is cut.
+  const std::string_view text = t.substr(pos, size_t{1} << 30);
   if (charset == kUtf8) {
     // Kept as sent, a closing 0x00 inside the length included.
     KvoStr_appdStrx(str, text.data(), static_cast<int32_t>(text.size()));
@@ -129,6 +130,9 @@ bool MmsIn::take(uint64_t n, std::string_view *out, tarnex::ScratchStr<256> &spi
     return true;
   }
   leaveWindow();
+  // A string the stream has no room for is not copied only to be refused.
+  const int64_t here = IStrm_tell(s_), size = IStrm_size(s_);
+  if (here <= size && n > static_cast<uint64_t>(size - here)) return skip(n);
   KvoStr_clear(spill);
   char chunk[4096];
   uint64_t done = 0;

@@ -399,6 +399,9 @@ expect_line "$tmp/err" 'a note cannot be written as pdu$'
 # A header cut inside a field ends there; a To whose encoded string runs
 # past the end fails the record; a file that only starts like an MMS is
 # not one, and one that ends its header early says where.
+expect_status 0 "$tool" show "$samples/notification.mms"
+expect_line "$tmp/out" '^  Subject: Urlaub .+ber 5$'
+expect_line "$tmp/out" 'notification\.mms: 1 MMS header \(m-notification-ind\)$'
 printf '\x8C\x82\x98T1\0\x96Hi\0\x89\x0A\x80+1/TYPE=PLMN\0\x97\x1F' >"$tmp/n.ind"
 expect_status 0 "$tool" inspect "$tmp/n.ind"
 expect_line "$tmp/out" 'n\.ind: 1 MMS header \(m-notification-ind\)$'

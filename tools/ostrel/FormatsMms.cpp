@@ -2,6 +2,7 @@
 // field (X-Mms-Message-Type, 0x8C) and a defined message type. So far the
 // header is read; the body comes with the message decoder.
 #include <cstdio>
+#include <cstring>
 #include <memory>
 
 #include "Describe.h"
@@ -60,6 +61,14 @@ std::string escaped(const KvoStr &s) {
   return out;
 }
 
+// What a C caller reading the buffer sees: up to the first 0x00, which a
+// UTF-8 value keeps inside its length.
+std::string shown(const KvoStr &s) {
+  KvoStr upToZero = s;
+  upToZero.len = static_cast<int32_t>(std::strlen(s.buf));
+  return escaped(upToZero);
+}
+
 std::vector<std::string> addresses(MmsAddrEnum *e) {
   std::vector<std::string> out;
   tarnex::ScratchStr<128> one;
@@ -106,7 +115,7 @@ class MmsHeader final : public Record {
   Description describe() override {
     Description d;
     addText(d, "TYPE", "Type", typeName(hdr_.msgType));
-    addText(d, "FROM", "From", escaped(hdr_.from));
+    addText(d, "FROM", "From", shown(hdr_.from));
     const struct {
       const char *type, *label;
       MmsAddrEnum *list;
@@ -115,7 +124,7 @@ class MmsHeader final : public Record {
                  {"BCC", "Bcc", MmsHdr_bccs(&hdr_)}};
     for (const auto &l : lists)
       for (std::string &a : addresses(l.list)) addText(d, l.type, l.label, std::move(a));
-    addText(d, "SUBJECT", "Subject", escaped(hdr_.title));
+    addText(d, "SUBJECT", "Subject", shown(hdr_.title));
     addText(d, "DATE", "Date", dateText(hdr_.date));
     return d;
   }
