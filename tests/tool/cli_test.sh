@@ -364,6 +364,7 @@ fi
 # Usage errors of the sms commands.
 for args in 'sms' 'sms frobnicate' 'sms decode' "sms decode $good -f $tmp/bad.hex" 'sms encode x' \
             'sms encode --type fax' 'sms encode --text a --data 00' 'sms encode --data 0' \
+            "inspect --text a $samples/sms.hex" \
             'sms encode --udh 0500' 'sms encode --ref 300' 'sms encode --ref x' 'sms encode --json'; do
   expect_status 2 "$tool" $args
 done

@@ -159,6 +159,7 @@ int main(int argc, char **argv) {
   Options opts;
   std::string command;
   bool help = false;
+  std::string smsOption;  // the first option of the sms commands given
   for (size_t i = 0; i < args.size(); ++i) {
     const std::string_view a = args[i];
     auto value = [&]() -> const char * { return i + 1 < args.size() ? argv[1 + ++i] : nullptr; };
@@ -186,12 +187,14 @@ int main(int argc, char **argv) {
       opts.target = v;
     } else if (a == "--request-report") {
       opts.sms.requestReport = true;
+      if (smsOption.empty()) smsOption = a;
     } else if (a == "--no-smsc") {
       opts.codec.noSmsc = true;
     } else if (const auto field = smsField(opts.sms, a)) {
       const char *v = value();
       if (!v) return usageError(std::string(a) + " needs a value");
       *field = v;
+      if (smsOption.empty()) smsOption = a;
       opts.sms.textGiven = opts.sms.textGiven || a == "--text";
       opts.sms.dataGiven = opts.sms.dataGiven || a == "--data";
     } else if (a == "--ref") {
@@ -199,6 +202,7 @@ int main(int argc, char **argv) {
       char *end = nullptr;
       opts.sms.ref = v ? std::strtol(v, &end, 0) : -1;
       if (!v || *end != '\0') return usageError("--ref needs a number");
+      if (smsOption.empty()) smsOption = a;
     } else if (a == "--local") {
       opts.codec.decodeZone = VCAL_ZONE_LOCAL;
     } else if (a == "--zone") {
@@ -226,6 +230,8 @@ int main(int argc, char **argv) {
     }
     return usageError("no command given");
   }
+  if (command != "sms" && !smsOption.empty())
+    return usageError(smsOption + " goes with the sms commands");
   if (command == "inspect" || command == "show") {
     if (help) return std::fputs(command == "show" ? kShowUsage : kInspectUsage, stdout), 0;
     if (opts.files.empty()) return usageError(command + " needs at least one FILE");
