@@ -1,8 +1,7 @@
 // The call listing: its description for the listing protocol.
 #include <cstddef>
 
-#include "detail/Listing.h"
-#include "detail/Trace.h"
+#include "detail/ListingExports.h"
 #include "ostrel/XcallEd.h"
 
 namespace {
@@ -41,36 +40,4 @@ constexpr ostrel::detail::ListingDesc kCalls = {
 
 }  // namespace
 
-extern "C" {
-
-OSTREL_API XmlListDec *Xcalls_decBeg(IStrm *strm) {
-  OSTREL_FUNC_TRACE();
-  return ostrel::detail::listDecBeg(kCalls, strm);
-}
-
-OSTREL_API int32_t Xcalls_decItem(XmlListDec *dec, CallItem *item) {
-  OSTREL_FUNC_TRACE();
-  return ostrel::detail::listDecItem(kCalls, dec, item);
-}
-
-OSTREL_API int32_t Xcalls_decEnd(XmlListDec *dec) {
-  OSTREL_FUNC_TRACE();
-  return ostrel::detail::listDecEnd(kCalls, dec);
-}
-
-OSTREL_API int32_t Xcalls_encBeg(IStrm *strm) {
-  OSTREL_FUNC_TRACE();
-  return ostrel::detail::listEncBeg(kCalls, strm);
-}
-
-OSTREL_API int32_t Xcalls_encItem(IStrm *strm, const CallItem *item) {
-  OSTREL_FUNC_TRACE();
-  return ostrel::detail::listEncItem(kCalls, strm, item);
-}
-
-OSTREL_API int32_t Xcalls_encEnd(IStrm *strm) {
-  OSTREL_FUNC_TRACE();
-  return ostrel::detail::listEncEnd(kCalls, strm);
-}
-
-}  // extern "C"
+OSTREL_LISTING_EXPORTS(Xcalls, kCalls, CallItem)

@@ -89,9 +89,7 @@ for t in vcard21 VCARD30 vCard21; do
 done
 for t in vcard40 vcard99 vcal; do
   expect_status 2 "$tool" convert "$tmp/two.vcf" --to "$t"
-  expect_line "$tmp/err" 'the targets are: vcard21, vcard30, vnote11, vbkm11, vcal10'
-  expect_line "$tmp/err" 'the targets are: .*pdu'
-  expect_line "$tmp/err" 'the targets are: vcard21, vcard30, vnote11, vbkm11, vcal10, calls$'
+  expect_line "$tmp/err" 'the targets are: vcard21, vcard30, vnote11, vbkm11, vcal10, pdu, vsms20, calls, media, folders, mms$'
 done
 
 # show and --json on the samples.
@@ -487,6 +485,44 @@ expect_line "$tmp/out" 'conv\.xml: 14 calls$'
 "$tool" show "$samples/calls.xml" "$tmp/rep.xml" 2>/dev/null | grep -v '^\(.*calls\.xml\|.*rep\.xml\|.*conv\.xml\)\|Date:\|Device id:' >"$tmp/a"
 "$tool" show "$tmp/conv.xml" | grep -v 'conv\.xml\|Date:\|Device id:' >"$tmp/b"
 cmp -s "$tmp/a" "$tmp/b" || fail "the converted call listing reads back differently (but for dates and ids)"
+
+# Media, folder and MMS listings: each sample counted by kind and a fixed
+# point through convert; a name with "&" repaired (and failing under
+# --strict after the entries before it); the heads real folder listings
+# have, mended; letters outside the tables counted, not printed.
+for row in 'media.xml|media|4 media files' 'folders.xml|folders|2 folders, 1 removable device, 3 files' \
+           'mms-listing.xml|mms|2 folders, 5 messages'; do
+  IFS='|' read -r file target summary <<<"$row"
+  expect_status 0 "$tool" inspect "$samples/$file"
+  expect_line "$tmp/out" "${file//./\\.}: $summary\$"
+  expect_status 0 "$tool" convert "$samples/$file" --to "$target" -o "$tmp/l1.xml"
+  expect_status 0 "$tool" convert --strict "$tmp/l1.xml" --to "$target" -o "$tmp/l2.xml"
+  cmp -s "$tmp/l1.xml" "$tmp/l2.xml" || fail "$file is no fixed point through convert --to $target"
+done
+expect_status 0 "$tool" show "$samples/folders.xml"
+expect_line "$tmp/out" "^  Name: Tom & Jerry's theme\.mp3$"
+expect_line "$tmp/out" '^  Name: 旅行 🌋\.jpg$'
+printf '<folder-listing>\n<folder name="a"/>\n<file name="Tom & Jerry.mp3" user-perm="RXW"/>\n</folder-listing>\n' >"$tmp/tj.xml"
+expect_status 0 "$tool" inspect "$tmp/tj.xml"
+expect_line "$tmp/err" 'tj\.xml: line 3: a bare & written as &amp;'
+expect_line "$tmp/out" '^# 1 letter or word outside the listing.s tables, left out$'
+grep -q 'assert failed' "$tmp/err" && fail "a letter outside the tables printed a report"
+expect_status 1 "$tool" inspect --strict "$tmp/tj.xml"
+expect_line "$tmp/out" 'tj\.xml: 1 folder; 1 record failed$'
+expect_line "$tmp/err" 'tj\.xml: entry 2: not well-formed, line 3, column [0-9]+ \(-251\)$'
+printf '<!-- listing -->\n<?xml version=" 1.0"?>\n<folder-listing><folder name="a"/></folder-listing>\n' >"$tmp/head.xml"
+expect_status 0 "$tool" inspect "$tmp/head.xml"
+expect_line "$tmp/err" 'head\.xml: line 2: the XML declaration moved ahead of the comment before it'
+expect_line "$tmp/err" 'head\.xml: line 2: the blanks in the declaration.s version number left out'
+expect_status 1 "$tool" inspect --strict "$tmp/head.xml"
+if [ -n "$corpus" ] && [ -d "$corpus/obex-folder-listing" ]; then
+  "$tool" inspect "$corpus"/obex-folder-listing/*.xml >"$tmp/out" 2>"$tmp/err"
+  [ $? -le 1 ] || fail "reading the folder listings crashed"
+  expect_line "$tmp/out" 'c60-java\.xml: 1 folder$'
+  expect_line "$tmp/out" 'invalid-document-2\.xml: 2 folders$'
+  expect_line "$tmp/out" 'sample_folder_listing_3\.xml: 2 folders, 2 files$'
+  expect_line "$tmp/err" 'obexftp-frontend__invalid-document\.xml: entry 5: cut short'
+fi
 
 if [ "$failures" -ne 0 ]; then
   echo "$failures check(s) failed"

@@ -9,7 +9,7 @@ page=$2
 failures=0
 fail() { echo "FAIL: $*"; failures=$((failures + 1)); }
 
-help=$("$tool" --help; for c in show inspect convert; do "$tool" "$c" --help; done)
+help=$("$tool" --help; for c in show inspect convert sms; do "$tool" "$c" --help; done)
 [ -n "$help" ] || fail "the tool printed no help"
 # Words the page sets in bold: *word*.
 bold=$(grep -o '\*[^* ]*\*' "$page" | tr -d '*' | sort -u)

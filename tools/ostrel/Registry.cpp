@@ -15,12 +15,15 @@ extern const Format kVsmsFormat;
 extern const Format kVmsgFormat;
 extern const Format kMmsFormat;
 extern const Format kCallFormat;
+extern const Format kMediaFormat;
+extern const Format kFolderFormat;
+extern const Format kMmsListFormat;
 
 std::span<const Format> formats() {
-  static const std::array<Format, 10> kAll{kGroupFormat,    kContactFormat, kNoteFormat,
-                                           kBookmarkFormat, kCalendarFormat, kPduFormat,
-                                           kVsmsFormat,     kVmsgFormat,     kMmsFormat,
-                                           kCallFormat};
+  static const std::array<Format, 13> kAll{
+      kGroupFormat, kContactFormat, kNoteFormat, kBookmarkFormat, kCalendarFormat,
+      kPduFormat,   kVsmsFormat,    kVmsgFormat, kMmsFormat,      kCallFormat,
+      kMediaFormat, kFolderFormat,  kMmsListFormat};
   return kAll;
 }
 

@@ -53,13 +53,63 @@ size_t markupEnd(std::string_view t, size_t p) {
   return p;
 }
 
+bool isBlank(char c) { return c == ' ' || c == '\t' || c == '\r' || c == '\n'; }
+
+// The head of a document as phones write it: comments ahead of the XML
+// declaration, which may only come first, and blanks inside the version
+// number (" 1.0"). The mended head goes to *out; gives how much of t it
+// stands for, 0 when the head needs nothing.
+size_t repairHead(std::string_view t, std::string *out, std::vector<std::string> *reports) {
+  const size_t start = t.substr(0, 3) == "\xEF\xBB\xBF" ? 3 : 0;
+  size_t q = start;
+  bool comments = false;
+  for (;;) {
+    while (q < t.size() && isBlank(t[q])) ++q;
+    if (t.compare(q, 4, "<!--") != 0) break;
+    const size_t end = t.find("-->", q + 4);
+    if (end == std::string_view::npos) return 0;
+    q = end + 3;
+    comments = true;
+  }
+  if (t.compare(q, 5, "<?xml") != 0 || (q + 5 < t.size() && !isBlank(t[q + 5]))) return 0;
+  const size_t declEnd = t.find("?>", q);
+  if (declEnd == std::string_view::npos) return 0;
+  std::string decl(t.substr(q, declEnd + 2 - q));
+  bool version = false;
+  if (const size_t v = decl.find("version"); v != std::string::npos) {
+    const size_t open = decl.find_first_of("\"'", v);
+    const size_t close = open == std::string::npos ? open : decl.find(decl[open], open + 1);
+    if (close != std::string::npos) {
+      std::string number;
+      for (size_t i = open + 1; i < close; ++i)
+        if (!isBlank(decl[i])) number += decl[i];
+      version = number.size() != close - open - 1;
+      if (version) decl.replace(open + 1, close - open - 1, number);
+    }
+  }
+  if (!comments && !version) return 0;
+  size_t line = 1;
+  for (size_t i = 0; i < q; ++i) line += t[i] == '\n';
+  if (comments)
+    reports->push_back("line " + std::to_string(line) +
+                       ": the XML declaration moved ahead of the comment before it");
+  if (version)
+    reports->push_back("line " + std::to_string(line) + ": the blanks in the declaration's "
+                       "version number left out");
+  // The declaration takes the first line; what stood before it follows.
+  *out = std::string(t.substr(0, start)) + decl + std::string(t.substr(start, q - start));
+  return declEnd + 2;
+}
+
 }  // namespace
 
 std::string repairXml(std::string_view t, std::vector<std::string> *reports) {
   std::string out;
   out.reserve(t.size());
+  const size_t from = repairHead(t, &out, reports);
   size_t line = 1;
-  for (size_t p = 0; p < t.size();) {
+  for (size_t i = 0; i < from; ++i) line += t[i] == '\n';
+  for (size_t p = from; p < t.size();) {
     if (const size_t end = markupEnd(t, p); end != p) {
       for (size_t i = p; i < end; ++i) line += t[i] == '\n';
       out.append(t.substr(p, end - p));

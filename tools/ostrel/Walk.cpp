@@ -181,18 +181,30 @@ std::string repaired(const Input &in, size_t start) {
 
 // A listing: one record object reads every entry; a failure ends it, for
 // the parser's failures stick.
+// The record's kind, or its format's noun when it has no kinds.
+Kind kindOf(const Format &format, const Record &record) {
+  return record.kind() ? *record.kind() : Kind{format.noun, format.plural};
+}
+
+void countRecord(WalkResult &result, const Format &format, const Kind &kind) {
+  auto count = std::find_if(result.counts.begin(), result.counts.end(), [&](const KindCount &c) {
+    return c.format == &format && c.kind.noun == kind.noun;
+  });
+  if (count == result.counts.end()) count = result.counts.insert(count, {&format, kind, 0});
+  ++count->records;
+}
+
 void walkWhole(const Format &format, const Input &in, size_t at, size_t line, IStrm *stream,
                const OnRecord &onRecord, int *number, WalkResult *result) {
   auto record = format.make();
   IStrm_seek(stream, static_cast<int64_t>(at), KVO_SEEK_SET);
-  int entries = 0;
   int32_t rc;
   while ((rc = record->decode(stream)) == 1) {
-    ++entries;
-    Seen seen{format, *record, format.noun, in.name, ++*number, at, line, {}};
+    const Kind kind = kindOf(format, *record);
+    countRecord(*result, format, kind);
+    Seen seen{format, *record, kind.noun, in.name, ++*number, at, line, {}};
     if (!onRecord(seen)) result->ok = false;
   }
-  if (entries != 0) result->counts.push_back({&format, Kind{format.noun, format.plural}, entries});
   if (rc == 0) return;
   result->ok = false;
   ++result->failed;
@@ -225,16 +237,12 @@ WalkResult walk(const Input &in, DroppedLines &dropped, const OnRecord &onRecord
 
   // A record read: [from, to) holds the lines its dropped names are on.
   auto accept = [&](const Format &format, Record &record, size_t from, size_t to) {
-    const Kind kind = record.kind() ? *record.kind() : Kind{format.noun, format.plural};
+    const Kind kind = kindOf(format, record);
     Seen seen{format, record, kind.noun, in.name, number, from, lines.at(from),
               placeDropped(data, from, to, dropped.take(), lines)};
     for (const DroppedLine &d : seen.dropped) ++result.droppedByName[d.name];
     result.droppedLines += static_cast<int>(seen.dropped.size());
-    auto count = std::find_if(result.counts.begin(), result.counts.end(), [&](const KindCount &c) {
-      return c.format == &format && c.kind.noun == kind.noun;
-    });
-    if (count == result.counts.end()) count = result.counts.insert(count, {&format, kind, 0});
-    ++count->records;
+    countRecord(result, format, kind);
     if (std::string subtype = record.subtype(); !subtype.empty()) {
       auto &subtypes = result.subtypes[&format];
       if (std::find(subtypes.begin(), subtypes.end(), subtype) == subtypes.end())
