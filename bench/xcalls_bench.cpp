@@ -16,6 +16,7 @@
 
 #include "../tests/ChunkedStrm.h"
 #include "bench_floor.h"
+#include "expat_floor.h"
 #include "ostrel/ostrel.h"
 #include "tarnex/scratch.hpp"
 
@@ -50,38 +51,14 @@ void perPass(benchmark::State &state, uint64_t heapBefore) {
   state.SetItemsProcessed(state.iterations() * kCalls);
 }
 
-struct ExpatCount {
-  XML_Parser p;
-  int64_t n;
-  bool stop;
-};
-
-void XMLCALL countStart(void *u, const XML_Char *name, const XML_Char **) {
-  ExpatCount *c = static_cast<ExpatCount *>(u);
-  if (std::strcmp(name, "Call") != 0) return;
-  ++c->n;
-  if (c->stop) XML_StopParser(c->p, XML_TRUE);
+void BM_ExpatBare(benchmark::State &state) {
+  bench::expatFloor(state, listing(), "Call", kCalls, false);
 }
-
-void expatPass(benchmark::State &state, bool stopEach) {
-  const std::string &text = listing();
-  for (auto _ : state) {
-    ExpatCount c{XML_ParserCreate(nullptr), 0, stopEach};
-    XML_SetUserData(c.p, &c);
-    XML_SetStartElementHandler(c.p, countStart);
-    XML_Status st = XML_Parse(c.p, text.data(), static_cast<int>(text.size()), XML_TRUE);
-    while (st == XML_STATUS_SUSPENDED) st = XML_ResumeParser(c.p);
-    if (st != XML_STATUS_OK || c.n != kCalls) state.SkipWithError("expat failed");
-    XML_ParserFree(c.p);
-  }
-  state.SetBytesProcessed(static_cast<int64_t>(state.iterations() * text.size()));
-  state.SetItemsProcessed(state.iterations() * kCalls);
-}
-
-void BM_ExpatBare(benchmark::State &state) { expatPass(state, false); }
 BENCHMARK(BM_ExpatBare)->Unit(benchmark::kMillisecond);
 
-void BM_ExpatStopEach(benchmark::State &state) { expatPass(state, true); }
+void BM_ExpatStopEach(benchmark::State &state) {
+  bench::expatFloor(state, listing(), "Call", kCalls, true);
+}
 BENCHMARK(BM_ExpatStopEach)->Unit(benchmark::kMillisecond);
 
 void frameStart(XmlDec *dec, const char *name, const char **) {
