@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "../tests/ListingFamilies.h"
 #include "bench_floor.h"
 #include "expat_floor.h"
 #include "ostrel/ostrel.h"
@@ -60,29 +61,11 @@ const std::string &messages() {
   return text;
 }
 
-struct Folders {
-  using Item = FldItem;
-  static FldItem *make() { return FldItem_new(nullptr); }
-  static void drop(FldItem *f) { FldItem_delete(f); }
-  static constexpr auto decBeg = Xflds_decBeg;
-  static constexpr auto decItem = Xflds_decItem;
-  static constexpr auto decEnd = Xflds_decEnd;
-  static constexpr auto encBeg = Xflds_encBeg;
-  static constexpr auto encItem = Xflds_encItem;
-  static constexpr auto encEnd = Xflds_encEnd;
+struct Folders : testutil::FolderOps {
   static const std::string &text() { return folders(); }
 };
 
-struct Messages {
-  using Item = XmmsItem;
-  static XmmsItem *make() { return XmmsItem_new(); }
-  static void drop(XmmsItem *x) { XmmsItem_delete(x); }
-  static constexpr auto decBeg = Xmms_decBeg;
-  static constexpr auto decItem = Xmms_decItem;
-  static constexpr auto decEnd = Xmms_decEnd;
-  static constexpr auto encBeg = Xmms_encBeg;
-  static constexpr auto encItem = Xmms_encItem;
-  static constexpr auto encEnd = Xmms_encEnd;
+struct Messages : testutil::MessageOps {
   static const std::string &text() { return messages(); }
 };
 

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "../tests/ChunkedStrm.h"
+#include "../tests/ListingFamilies.h"
 #include "fuzz_check.h"
 #include "ostrel/Ostrel.h"
 #include "tarnex/scratch.hpp"

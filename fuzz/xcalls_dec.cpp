@@ -6,17 +6,7 @@
 
 namespace {
 
-struct Calls {
-  using Item = CallItem;
-  static CallItem *make() { return CallItem_new(nullptr); }
-  static void drop(CallItem *c) { CallItem_delete(c); }
-  static constexpr auto decBeg = Xcalls_decBeg;
-  static constexpr auto decItem = Xcalls_decItem;
-  static constexpr auto decEnd = Xcalls_decEnd;
-  static constexpr auto encBeg = Xcalls_encBeg;
-  static constexpr auto encItem = Xcalls_encItem;
-  static constexpr auto encEnd = Xcalls_encEnd;
-
+struct Calls : testutil::CallOps {
   static std::string texts(const CallItem &c) {
     return std::string(c.tel.buf, c.tel.len) + '|' + std::string(c.dur.buf, c.dur.len) + '|' +
            std::string(c.type.buf, c.type.len);

@@ -5,17 +5,7 @@
 
 namespace {
 
-struct Folders {
-  using Item = FldItem;
-  static FldItem *make() { return FldItem_new(nullptr); }
-  static void drop(FldItem *f) { FldItem_delete(f); }
-  static constexpr auto decBeg = Xflds_decBeg;
-  static constexpr auto decItem = Xflds_decItem;
-  static constexpr auto decEnd = Xflds_decEnd;
-  static constexpr auto encBeg = Xflds_encBeg;
-  static constexpr auto encItem = Xflds_encItem;
-  static constexpr auto encEnd = Xflds_encEnd;
-
+struct Folders : testutil::FolderOps {
   static std::string facts(const FldItem &f, uint32_t size) {
     return fuzz::wideText(f.name) + '|' + std::to_string(f.attrs) + '|' +
            std::to_string(f.perms) + '|' + std::to_string(size) + '|' +

@@ -4,17 +4,7 @@
 
 namespace {
 
-struct Media {
-  using Item = FldItem;
-  static FldItem *make() { return FldItem_new(nullptr); }
-  static void drop(FldItem *f) { FldItem_delete(f); }
-  static constexpr auto decBeg = Xmds_decBeg;
-  static constexpr auto decItem = Xmds_decItem;
-  static constexpr auto decEnd = Xmds_decEnd;
-  static constexpr auto encBeg = Xmds_encBeg;
-  static constexpr auto encItem = Xmds_encItem;
-  static constexpr auto encEnd = Xmds_encEnd;
-
+struct Media : testutil::MediaOps {
   static std::string facts(const FldItem &f) {
     using fuzz::str;
     return fuzz::wideText(f.name) + '|' + std::to_string(f.attrs) + '|' + str(f.width) + '|' +

@@ -10,17 +10,7 @@ bool oneWord(int32_t stat) {
          stat == XMMS_STAT_UNSENT || stat == XMMS_STAT_SENT;
 }
 
-struct Messages {
-  using Item = XmmsItem;
-  static XmmsItem *make() { return XmmsItem_new(); }
-  static void drop(XmmsItem *x) { XmmsItem_delete(x); }
-  static constexpr auto decBeg = Xmms_decBeg;
-  static constexpr auto decItem = Xmms_decItem;
-  static constexpr auto decEnd = Xmms_decEnd;
-  static constexpr auto encBeg = Xmms_encBeg;
-  static constexpr auto encItem = Xmms_encItem;
-  static constexpr auto encEnd = Xmms_encEnd;
-
+struct Messages : testutil::MessageOps {
   static std::string facts(const XmmsItem &x, bool item, bool folder) {
     using fuzz::str;
     std::string out = str(x.name) + '|' + std::to_string(x.attrs) + '|' +
