@@ -13,5 +13,6 @@
 #include "tarnex/strm.h"
 #include "tarnex/text.h"
 #include "tarnex/trace.h"
+#include "tarnex/xml.h"
 
 #endif /* TARNEX_TARNEX_H */
