@@ -3,7 +3,10 @@
 // cannot carry as they stand are left out of the comparison: a subject or
 // address that begins with a control byte, or an address with a non-ASCII
 // byte, goes out plain and comes back as a length or a token; and a medium
-// name with a "?" comes back read as an encoded word.
+// name with a "?" comes back read as an encoded word. A SMIL element with
+// an empty src still counts toward its slide's layout but names nothing,
+// so the encoder has nothing to write for it: a slide whose layout wants a
+// name it lacks is left out too.
 #include <string_view>
 
 #include "../tests/MmsMsgTestUtil.h"
@@ -30,6 +33,22 @@ bool carried(const MmsItem *item) {
     if (std::string_view(m->name.buf).find('?') != std::string_view::npos) plainNames = false;
   MmsMediaEnum_delete(walk);
   return plainNames;
+}
+
+bool layoutsNamed(MmsItem *item) {
+  bool named = true;
+  MmsSlideEnum *walk = MmsItem_slides(item);
+  while (const MmsSlide *s = MmsSlideEnum_next(walk)) {
+    const int32_t l = s->layout;
+    const bool text = l == 1 || (l >= 4 && l <= 11) || l >= 14;
+    const bool img1 = l == 2 || (l >= 4 && l <= 7) || l >= 12;
+    const bool video = l == 3 || (l >= 8 && l <= 11);
+    if ((text && s->text.len == 0) || (img1 && s->img1.len == 0) ||
+        (l >= 12 && s->img2.len == 0) || (video && s->video.len == 0))
+      named = false;
+  }
+  MmsSlideEnum_delete(walk);
+  return named;
 }
 
 std::string encode(MmsItem *item) {
@@ -59,8 +78,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size) {
   const int32_t rc3 = mms_dec(in3, third);
   if (!carried(first)) return 0;
   FUZZ_CHECK(rc2 == 0);
-  if (!carried(second)) return 0;
+  if (!carried(second) || !layoutsNamed(second)) return 0;
   FUZZ_CHECK(rc3 == 0);
-  FUZZ_CHECK(mmstest::renderItem(second) == mmstest::renderItem(third));
+  const std::string a = mmstest::renderItem(second), b = mmstest::renderItem(third);
+  if (a != b) std::fprintf(stderr, "second:\n%s\nthird:\n%s\n", a.c_str(), b.c_str());
+  FUZZ_CHECK(a == b);
   return 0;
 }

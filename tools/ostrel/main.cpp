@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Commands.h"
+#include "MmsCommands.h"
 
 namespace {
 
@@ -24,6 +25,11 @@ constexpr const char *kUsage =
     "                    what the library made of it\n"
     "  convert FILE... --to TARGET [-o OUT]\n"
     "                    decode every record and write it again as TARGET\n"
+    "  extract FILE -d DIR [--force]\n"
+    "                    write each medium of a multimedia message to DIR\n"
+    "  mms-encode FILE... -o OUT [--to|--cc|--bcc ADDR]... [--subject TEXT]\n"
+    "                    make a multimedia message of the files, a slide per\n"
+    "                    image or video with the text and audio after it\n"
     "\n"
     "options:\n"
     "  --json            show/inspect: one JSON object a record (JSON Lines);\n"
@@ -104,6 +110,8 @@ std::string convertUsage() {
 }
 
 int main(int argc, char **argv) {
+  if (argc > 1 && ostrel_tool::isMmsCommand(argv[1]))
+    return ostrel_tool::runMmsCommand(argv[1], std::vector<std::string>(argv + 2, argv + argc));
   std::vector<std::string_view> args(argv + 1, argv + argc);
   Options opts;
   std::string command;
