@@ -14,21 +14,25 @@
 
 namespace {
 
-bool carried(const MmsItem *item) {
+bool carried(MmsItem *item) {
   const auto leadsWithControl = [](const KvoStr &s) {
     return s.len != 0 && static_cast<unsigned char>(s.buf[0]) < 0x20;
   };
   if (leadsWithControl(item->hdr.title)) return false;
-  for (const KvoStr *list : {&item->hdr.tos, &item->hdr.ccs, &item->hdr.bccs}) {
-    if (leadsWithControl(*list)) return false;
-    for (int32_t i = 0; i < list->len; ++i) {
-      const auto c = static_cast<unsigned char>(list->buf[i]);
-      if (c >= 0x80 || ((c < 0x20) && i > 0 && (list->buf[i - 1] == ',' || list->buf[i - 1] == ';')))
-        return false;
+  // Addresses as the encoder sees them: through the enumerator.
+  bool plainAddrs = true;
+  tarnex::ScratchStr<128> addr;
+  for (MmsAddrEnum *walk : {MmsHdr_tos(&item->hdr), MmsHdr_ccs(&item->hdr), MmsHdr_bccs(&item->hdr)}) {
+    while (MmsAddrEnum_next(walk, addr)) {
+      if (leadsWithControl(*addr.get())) plainAddrs = false;
+      for (unsigned char c : addr.view())
+        if (c >= 0x80) plainAddrs = false;
     }
+    MmsAddrEnum_delete(walk);
   }
+  if (!plainAddrs) return false;
   bool plainNames = true;
-  MmsMediaEnum *walk = MmsItem_medias(const_cast<MmsItem *>(item));
+  MmsMediaEnum *walk = MmsItem_medias(item);
   while (const MmsMedia *m = MmsMediaEnum_next(walk))
     if (std::string_view(m->name.buf).find('?') != std::string_view::npos) plainNames = false;
   MmsMediaEnum_delete(walk);
