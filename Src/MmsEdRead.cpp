@@ -107,6 +107,43 @@ void MmsIn::unget() {
     --p_;
 }
 
+int64_t MmsIn::pos() const {
+  const int64_t here = IStrm_tell(s_);
+  return begin_ != nullptr ? here + (p_ - begin_) : here;
+}
+
+int64_t MmsIn::left() const {
+  const int64_t at = pos(), size = IStrm_size(s_);
+  return at < size ? size - at : 0;
+}
+
+bool MmsIn::copyTo(IStrm *dst, uint64_t n) {
+  if (n > static_cast<uint64_t>(left())) return false;
+  if (begin_ != nullptr && n <= static_cast<uint64_t>(end_ - p_)) {
+    // A memory stream's write takes at most 2^31 - 1 bytes a call.
+    for (uint64_t done = 0; done < n;) {
+      const auto piece = static_cast<int32_t>(std::min<uint64_t>(n - done, INT32_MAX));
+      IStrm_write(dst, p_, piece);
+      p_ += piece;
+      done += static_cast<uint64_t>(piece);
+    }
+    return true;
+  }
+  leaveWindow();
+  char chunk[4096];
+  for (uint64_t done = 0; done < n;) {
+    const auto want = static_cast<int32_t>(std::min<uint64_t>(n - done, sizeof chunk));
+    const int32_t got = IStrm_read(s_, chunk, want);
+    if (got <= 0) {
+      eos_ = true;
+      break;
+    }
+    IStrm_write(dst, chunk, got);
+    done += static_cast<uint64_t>(got);
+  }
+  return true;
+}
+
 bool MmsIn::skip(uint64_t n) {
   if (begin_ != nullptr && n <= static_cast<uint64_t>(end_ - p_)) {
     p_ += n;

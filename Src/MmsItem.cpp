@@ -105,6 +105,8 @@ void MmsMedia_delete(MmsMedia *media) {
   kvo_free__(media, __FILE__, __LINE__);
 }
 
+void MmsItem_adoptMedia(MmsItem *item, MmsMedia *media) { append(&item->medias, media); }
+
 MmsAddrEnum *MmsAddrEnum_new(MmsAddrEnum *storage, const KvoStr *text) {
   MmsAddrEnum *e = newObject(storage, MMS_ADDR_ENUM_TAG, __FILE__, __LINE__);
   e->strm = StrStrm_xcreate__(nullptr, KvoStr_buf(text), -1, __FILE__, __LINE__);

@@ -14,6 +14,10 @@ void MmsSlide_delete(MmsSlide *slide);
 MmsMedia *MmsMedia_new();
 void MmsMedia_delete(MmsMedia *media);
 
+// Hangs media on the item as it is, without the copy MmsItem_addMedia
+// makes: the item owns it from now on.
+void MmsItem_adoptMedia(MmsItem *item, MmsMedia *media);
+
 MmsAddrEnum *MmsAddrEnum_new(MmsAddrEnum *storage, const KvoStr *text);
 MmsSlideEnum *MmsSlideEnum_new(MmsSlideEnum *storage, const KvoList *slides);
 MmsMediaEnum *MmsMediaEnum_new(MmsMediaEnum *storage, const KvoList *medias);

@@ -37,6 +37,12 @@ class MmsIn {
   // with bytes actually read.
   bool take(uint64_t n, std::string_view *out, tarnex::ScratchStr<256> &spill);
   bool eos() const { return eos_; }
+  int64_t pos() const;
+  // Bytes from the position to the end of the stream.
+  int64_t left() const;
+  // Appends the next n bytes to dst in one piece when the stream holds
+  // them; else false with nothing read, the position unchanged.
+  bool copyTo(IStrm *dst, uint64_t n);
 
  private:
   int32_t slowByte();

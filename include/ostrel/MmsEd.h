@@ -27,6 +27,30 @@ extern "C" {
 
 OSTREL_API int32_t mms_dec_hdr(IStrm *mms, MmsHdr *hdr);
 
+/* Reads a whole message into a constructed item, appending to what it
+ * holds: the header as mms_dec_hdr does, then the body. Every part becomes
+ * a medium, named by its Name, Filename or Content-Location (the last one
+ * wins; a name without a "." gets the extension of its type), else by its
+ * Content-ID or a process-wide number, and the extension. A SMIL part
+ * becomes the slides, each in one of the sixteen layouts; one that does
+ * not parse gives no slides and no failure. A medium that claims more
+ * bytes than the message holds arrives empty.
+ * Result 0; -1 when the body has no part count (a header-only message,
+ * or a count above 30 in the plain uintvar form) or the stream ends where
+ * a part was due; or the header's negative result. */
+OSTREL_API int32_t mms_dec(IStrm *mms, MmsItem *item);
+
+/* Writes the item at the stream's position as a send request: addresses,
+ * subject, the date from kvo_time32, a SMIL part made from the slides,
+ * then a part for each medium, its content type from its name's
+ * extension. Addresses that are neither a phone number ("+" or a digit,
+ * then digits) nor hold an "@" are left out. Slides past the hundredth,
+ * and a slide's fifth name, stay out of the presentation; their media
+ * still go out. Always 0. */
+OSTREL_API int32_t mms_enc(IStrm *mms, MmsItem *item);
+/* An estimate of the encoded size, without encoding. */
+OSTREL_API uint32_t mms_approx_size(MmsItem *item);
+
 #ifdef __cplusplus
 }
 #endif

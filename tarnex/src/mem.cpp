@@ -8,6 +8,7 @@
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
 
 #if defined(__GLIBC__) || defined(__linux__)
 #include <malloc.h>
@@ -52,6 +53,7 @@ struct Handler {
 
 Handler<KvoAssertHandler> gAssert;
 Handler<KvoCrashHandler> gCrash;
+Handler<KvoClockFn> gClock;
 
 // Room for at least size bytes; 0 asks for one so that every call gives a
 // distinct pointer, which malloc(0) does not promise.
@@ -159,6 +161,18 @@ TARNEX_API KvoAssertHandler Tarnex_setAssertHandler(KvoAssertHandler fn, void *c
 TARNEX_API KvoCrashHandler Tarnex_setCrashHandler(KvoCrashHandler fn, void *ctx,
                                                   void **oldCtx) {
   return gCrash.replace(fn, ctx, oldCtx);
+}
+
+// ---- The clock -------------------------------------------------------------------------
+
+TARNEX_API uint32_t kvo_time32(void) {
+  const KvoClockFn fn = gClock.fn.load(std::memory_order_acquire);
+  if (fn != nullptr) return fn(gClock.ctx.load(std::memory_order_acquire));
+  return static_cast<uint32_t>(std::time(nullptr));
+}
+
+TARNEX_API KvoClockFn Tarnex_setClock(KvoClockFn fn, void *ctx, void **oldCtx) {
+  return gClock.replace(fn, ctx, oldCtx);
 }
 
 }  // extern "C"

@@ -524,6 +524,43 @@ if [ -n "$corpus" ] && [ -d "$corpus/obex-folder-listing" ]; then
   expect_line "$tmp/err" 'obexftp-frontend__invalid-document\.xml: entry 5: cut short'
 fi
 
+# Multimedia messages: extract writes each medium inside DIR under a safe
+# name and never over a file without --force; mms-encode refuses an
+# address the encoder would drop, and what it writes extracts to the same
+# bytes.
+printf '\x8c\x84\x02\x0a\x02\x83\x8e../../x\x00hi\x0e\x01\x83\x8e/up/load/\x01y.txt\x00!' >"$tmp/up.mms"
+expect_status 0 "$tool" extract "$tmp/up.mms" -d "$tmp/d/inner"
+[ -f "$tmp/d/inner/x" ] && [ -f "$tmp/d/inner/y.txt" ] && [ ! -e "$tmp/x" ] && [ ! -e "$tmp/d/x" ] ||
+  fail "extract wrote outside DIR or under an unsafe name: $(ls -R "$tmp/d")"
+expect_status 1 "$tool" extract "$tmp/up.mms" -d "$tmp/d/inner"
+expect_line "$tmp/err" 'exists \(use --force to overwrite\)'
+expect_status 0 "$tool" extract "$tmp/up.mms" -d "$tmp/d/inner" --force
+expect_status 2 "$tool" mms-encode "$tmp/d/inner/y.txt" -o "$tmp/m.mms" --to abc
+expect_line "$tmp/err" "'abc' is not an address"
+[ ! -e "$tmp/m.mms" ] || fail "mms-encode wrote a message with a refused address"
+printf 'GIF89a-pixels' >"$tmp/d/a.gif"
+expect_status 0 "$tool" mms-encode "$tmp/d/a.gif" "$tmp/d/inner/y.txt" "$tmp/d/inner/x" -o "$tmp/m.mms" \
+  --to +491701234567 --cc a@b.de --subject 'Grüße'
+expect_line "$tmp/out" '^.*m\.mms: 1 MMS message \(m-send-req: 3 media, 1 slides\)$'
+expect_status 0 "$tool" extract "$tmp/m.mms" -d "$tmp/back"
+for f in a.gif y.txt; do
+  cmp -s "$tmp/back/$f" "$tmp/d/$f" 2>/dev/null || cmp -s "$tmp/back/$f" "$tmp/d/inner/$f" ||
+    fail "mms-encode and extract changed $f"
+done
+# A name without an extension comes back with a final dot ("type/unknow" has none).
+cmp -s "$tmp/back/x." "$tmp/d/inner/x" || fail "mms-encode and extract changed x"
+if [ -n "$corpus" ] && [ -d "$corpus/mms" ]; then
+  for f in mms-engine__m-retrieve_9.conf mms-engine__m-retrieve_10.conf gammu__HelloWorld.mms \
+           mmsd__rc-mms-1-3-con-210.mms mmsd__sr-mms-mixed.mms; do
+    "$tool" extract "$corpus/mms/$f" -d "$tmp/c/$f" >/dev/null 2>&1 || fail "extract of $f failed"
+  done
+  [ -f "$tmp/c/mms-engine__m-retrieve_9.conf/html.txt" ] || fail "text/html.txt not made html.txt"
+  [ -f "$tmp/c/mms-engine__m-retrieve_10.conf/<0501271006243210168400>.txt" ] ||
+    fail "a Content-ID name was not kept"
+  [ -f "$tmp/c/gammu__HelloWorld.mms/lskdjfie." ] || fail "lskdjfie. not kept"
+  [ -z "$(find "$tmp/c" -mindepth 2 -type d)" ] || fail "extract made directories of upload paths"
+fi
+
 if [ "$failures" -ne 0 ]; then
   echo "$failures check(s) failed"
   exit 1

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "Commands.h"
+#include "MmsCommands.h"
 
 namespace {
 
@@ -26,6 +27,11 @@ constexpr const char *kUsage =
     "                    decode every record and write it again as TARGET\n"
     "  sms decode HEX...|-f FILE, sms encode OPTIONS\n"
     "                    short messages as hex PDUs ('ostrel sms --help')\n"
+    "  extract FILE -d DIR [--force]\n"
+    "                    write each medium of a multimedia message to DIR\n"
+    "  mms-encode FILE... -o OUT [--to|--cc|--bcc ADDR]... [--subject TEXT]\n"
+    "                    make a multimedia message of the files, a slide per\n"
+    "                    image or video with the text and audio after it\n"
     "\n"
     "options:\n"
     "  --json            show/inspect: one JSON object a record (JSON Lines);\n"
@@ -155,6 +161,8 @@ std::string convertUsage() {
 }
 
 int main(int argc, char **argv) {
+  if (argc > 1 && ostrel_tool::isMmsCommand(argv[1]))
+    return ostrel_tool::runMmsCommand(argv[1], std::vector<std::string>(argv + 2, argv + argc));
   std::vector<std::string_view> args(argv + 1, argv + argc);
   Options opts;
   std::string command;

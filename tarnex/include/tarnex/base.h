@@ -110,6 +110,17 @@ TARNEX_API KvoAssertHandler Tarnex_setAssertHandler(KvoAssertHandler fn, void *c
 TARNEX_API KvoCrashHandler Tarnex_setCrashHandler(KvoCrashHandler fn, void *ctx,
                                                   void **oldCtx);
 
+/* ---- The clock ----------------------------------------------------------------- */
+
+/* The current time in seconds since 1970-01-01 00:00:00 UTC as an unsigned
+ * 32-bit value (good to 2106, where a signed one turns negative in 2038).
+ * It is read through a replaceable source, so that a test can fix the time
+ * as it replaces the assert handler; null restores the system clock. The
+ * setter follows the rules of the handler setters above. */
+typedef uint32_t (*KvoClockFn)(void *ctx);
+TARNEX_API uint32_t kvo_time32(void);
+TARNEX_API KvoClockFn Tarnex_setClock(KvoClockFn fn, void *ctx, void **oldCtx);
+
 #ifdef __cplusplus
 }
 #endif
