@@ -51,6 +51,12 @@ class LentStrm {
   IStrmOps ops_;
 };
 
+// The whole message read byte by byte: a stream that lends no window.
+class NoWindowStrm : public LentStrm {
+ public:
+  explicit NoWindowStrm(std::string_view bytes) : LentStrm(bytes, 0) {}
+};
+
 inline std::string str(const KvoStr &s) { return {s.buf, static_cast<size_t>(s.len)}; }
 
 // "type=82 to=a,b cc=.. bcc=.. from=.. title=.. date=..", the empty ones left out.

@@ -17,7 +17,7 @@ bold=$(grep -o '\*[^* ]*\*' "$page" | tr -d '*' | sort -u)
 # What the help names: options, the commands and targets of its indented
 # lists, and the trace categories of its --trace line.
 named=$(
-  printf '%s\n' "$help" | grep -oE '(^|[ [])--?[a-z][a-z-]*' | tr -d ' ['
+  printf '%s\n' "$help" | grep -oE '(^|[ [|])--?[a-z][a-z-]*' | tr -d ' [|'
   printf '%s\n' "$help" | sed -n '/^commands:/,/^$/p; /^targets:/,/^$/p' |
     grep -oE '^  [a-z][a-z0-9]*' | tr -d ' '
   printf '%s\n' "$help" | grep -oE 'commas: [a-z, ]+' | cut -c8- | tr ',' '\n' | tr -d ' '
@@ -26,7 +26,7 @@ for word in $(printf '%s\n' "$named" | sort -u); do
   printf '%s\n' "$bold" | grep -qxF -- "$word" || fail "'$word' is in the help but not in the page"
 done
 for option in $(printf '%s\n' "$bold" | grep -E '^--?[a-z]'); do
-  printf '%s\n' "$help" | grep -qE -- "(^|[ [])$option([^a-z-]|$)" ||
+  printf '%s\n' "$help" | grep -qE -- "(^|[ [|])$option([^a-z-]|$)" ||
     fail "'$option' is in the page but not in the help"
 done
 
