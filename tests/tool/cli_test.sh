@@ -408,7 +408,7 @@ expect_line "$tmp/out" '^from = \+1$'
 expect_line "$tmp/out" '^title = Hi$'
 printf '\x8C\x80\x97\x1F\x8F\xFF\xFF\xFF\x7F\xEAabc' >"$tmp/cut.mms"
 expect_status 1 "$tool" inspect "$tmp/cut.mms"
-expect_line "$tmp/err" 'cut\.mms: record 1 \(MMS header\) at byte 0, line 1: header string ends early \(-51\)'
+expect_line "$tmp/err" 'cut\.mms: record 1 \(MMS message\) at byte 0, line 1: header string ends early \(-51\)'
 printf '\x8C\x20hello\r\n' >"$tmp/like.mms"
 expect_status 1 "$tool" inspect "$tmp/like.mms"
 expect_line "$tmp/err" 'like\.mms: not a known format'
@@ -435,11 +435,16 @@ if [ -n "$corpus" ] && [ -d "$corpus/mms" ]; then
   for want in 'm-retrieve-conf 34' 'm-send-req 13' 'm-notification-ind 8' 'm-send-conf 5' \
               'm-delivery-ind 3' 'm-notifyresp-ind 1' 'm-acknowledge-ind 1' 'm-read-rec-ind 1' \
               'm-read-orig-ind 1'; do
-    got=$(grep -c ": 1 MMS header (${want% *})\$" "$tmp/out")
+    got=$(grep -cE ": 1 MMS (header|message) \(${want% *}(: [^)]*)?\)\$" "$tmp/out")
     [ "$got" -eq "${want#* }" ] || fail "expected ${want#* } of ${want% *}, got $got"
   done
   [ "$(grep -c '^hdrEnd = ' "$tmp/out")" -eq 6 ] || fail "expected six headers ending early"
-  grep -A3 '^hdrEnd = ' "$tmp/out" | grep -E '^hdrEnd|MMS header' | paste - - >"$tmp/early"
+  # Whole messages: 42 read with their body, the 25 others shown as headers.
+  [ "$(grep -c ': 1 MMS message (' "$tmp/out")" -eq 42 ] || fail "expected 42 whole messages"
+  media=$(grep -c '^medium = ' "$tmp/out"); slides=$(grep -c '^slide [0-9]* = ' "$tmp/out")
+  echo "MMS corpus: 42 messages, $media media, $slides slides"
+  [ "$media" -eq 77 ] && [ "$slides" -eq 38 ] || fail "expected 77 media and 38 slides"
+  grep -A12 '^hdrEnd = ' "$tmp/out" | grep -E '^hdrEnd|: 1 MMS (header|message)' | paste - - >"$tmp/early"
   for want in 'byte 78 \(0x20\).*worldcupupdate_nosmil' 'byte 78 \(0x20\).*worldcupupdate_withsmil' \
               'byte 24 \(0x52\).*m-delivery_2' 'byte 38 \(0x34\).*m-retrieve_5' \
               'byte 92 \(0x58\).*con-281' 'byte 95 \(0x77\).*con-282'; do
@@ -541,7 +546,7 @@ expect_line "$tmp/err" "'abc' is not an address"
 printf 'GIF89a-pixels' >"$tmp/d/a.gif"
 expect_status 0 "$tool" mms-encode "$tmp/d/a.gif" "$tmp/d/inner/y.txt" "$tmp/d/inner/x" -o "$tmp/m.mms" \
   --to +491701234567 --cc a@b.de --subject 'Grüße'
-expect_line "$tmp/out" '^.*m\.mms: 1 MMS message \(m-send-req: 3 media, 1 slides\)$'
+expect_line "$tmp/out" '^.*m\.mms: 1 MMS message \(m-send-req: 3 media, 1 slide\)$'
 expect_status 0 "$tool" extract "$tmp/m.mms" -d "$tmp/back"
 for f in a.gif y.txt; do
   cmp -s "$tmp/back/$f" "$tmp/d/$f" 2>/dev/null || cmp -s "$tmp/back/$f" "$tmp/d/inner/$f" ||

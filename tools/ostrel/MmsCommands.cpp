@@ -284,9 +284,10 @@ int runEncode(const std::vector<std::string> &args) {
   std::error_code ec;
   fs::rename(temp, output, ec);
   if (ec) return std::fprintf(stderr, "%s: %s\n", output.c_str(), ec.message().c_str()), 1;
-  std::printf("%s: 1 MMS message (%s: %d media, %d slides)\n", output.c_str(),
-              typeWord(back.p->hdr.msgType).c_str(), MmsItem_mediaCount(back.p),
-              MmsItem_slideCount(back.p));
+  const int32_t media = MmsItem_mediaCount(back.p), slides = MmsItem_slideCount(back.p);
+  std::printf("%s: 1 MMS message (%s: %d %s, %d %s)\n", output.c_str(),
+              typeWord(back.p->hdr.msgType).c_str(), media, media == 1 ? "medium" : "media",
+              slides, slides == 1 ? "slide" : "slides");
   return 0;
 }
 
