@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "detail/BoundedInt.h"
 #include "detail/Object.h"
 #include "detail/Trace.h"
 #include "ostrel/VrrEd.h"
@@ -32,18 +33,8 @@ constexpr uint32_t subMask(RrType kind) {
   }
 }
 
-// atoi where the value fits, clamped where it does not: "W99999999999"
-// is a huge interval, not undefined behaviour.
-int32_t boundedAtoi(const char *p) {
-  while (*p == ' ' || (*p >= '\t' && *p <= '\r')) ++p;
-  const bool minus = *p == '-';
-  if (*p == '+' || *p == '-') ++p;
-  int64_t v = 0;
-  for (; *p >= '0' && *p <= '9'; ++p)
-    if (v <= INT32_MAX) v = v * 10 + (*p - '0');
-  if (minus) v = -v;
-  return static_cast<int32_t>(v > INT32_MAX ? INT32_MAX : v < INT32_MIN ? INT32_MIN : v);
-}
+// "W99999999999" is a huge interval, not undefined behaviour.
+using ostrel::detail::boundedAtoi;
 
 bool isDigit(char c) { return c >= '0' && c <= '9'; }
 

@@ -16,18 +16,8 @@
 
 namespace {
 
-std::string readFile(const std::filesystem::path &path) {
-  std::ifstream file(path, std::ios::binary);
-  return std::string((std::istreambuf_iterator<char>(file)), {});
-}
-
-// The later collection of one source's test data, counted apart.
-bool laterSet(const std::string &name) {
-  if (name.rfind("mms-engine__test_", 0) != 0) return false;
-  return name != "mms-engine__test_delivery_ind-DeliveryRejected-m-delivery.ind" &&
-         name != "mms-engine__test_retrieve-Base64-m-retrieve.conf" &&
-         name != "mms-engine__test_retrieve-QuotedPrintable-m-retrieve.conf";
-}
+using mmstest::laterSet;
+using mmstest::readFile;
 
 TEST(MmsMsgCorpus, DecodeCountsAndRoundTrips) {
   const char *root = std::getenv("OSTREL_CORPUS");

@@ -4,6 +4,9 @@
 #ifndef OSTREL_TESTS_MMSTESTUTIL_H
 #define OSTREL_TESTS_MMSTESTUTIL_H
 
+#include <iterator>
+#include <fstream>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -56,6 +59,19 @@ class NoWindowStrm : public LentStrm {
  public:
   explicit NoWindowStrm(std::string_view bytes) : LentStrm(bytes, 0) {}
 };
+
+inline std::string readFile(const std::filesystem::path &path) {
+  std::ifstream file(path, std::ios::binary);
+  return std::string((std::istreambuf_iterator<char>(file)), {});
+}
+
+// The later collection of one source's test data, counted apart.
+inline bool laterSet(const std::string &name) {
+  if (name.rfind("mms-engine__test_", 0) != 0) return false;
+  return name != "mms-engine__test_delivery_ind-DeliveryRejected-m-delivery.ind" &&
+         name != "mms-engine__test_retrieve-Base64-m-retrieve.conf" &&
+         name != "mms-engine__test_retrieve-QuotedPrintable-m-retrieve.conf";
+}
 
 inline std::string str(const KvoStr &s) { return {s.buf, static_cast<size_t>(s.len)}; }
 
