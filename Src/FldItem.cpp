@@ -90,19 +90,18 @@ OSTREL_API FldItem *FldItem_assign(FldItem *item, const FldItem *other) {
   OSTREL_CHECK(item, FLD_ITEM_TAG);
   OSTREL_CHECK(other, FLD_ITEM_TAG);
   if (item == other) return item;
-  const FldItem *src = other;
-  KvoWcs_setCwcs(&item->name, &src->name);
-  KvoWcs_setCwcs(&item->dsplName, &src->dsplName);
+  KvoWcs_setCwcs(&item->name, &other->name);
+  KvoWcs_setCwcs(&item->dsplName, &other->dsplName);
   const auto to = textMembers(item);
-  const auto from = textMembers(src);
+  const auto from = textMembers(other);
   for (size_t i = 0; i < to.size(); ++i) KvoStr_setCstr(to[i], from[i]);
-  item->luid = src->luid;
-  item->attrs = src->attrs;
-  item->size = src->size;
-  item->perms = src->perms;
-  item->modified = src->modified;
-  item->created = src->created;
-  item->accessed = src->accessed;
+  item->luid = other->luid;
+  item->attrs = other->attrs;
+  item->size = other->size;
+  item->perms = other->perms;
+  item->modified = other->modified;
+  item->created = other->created;
+  item->accessed = other->accessed;
   return item;
 }
 

@@ -7,6 +7,7 @@
 
 #include "Describe.h"
 #include "Format.h"
+#include "LibraryReports.h"
 #include "Repair.h"
 #include "tarnex/scratch.hpp"
 
@@ -233,24 +234,6 @@ struct Messages {
   }
 };
 
-// A permission letter or status word outside the library's tables comes
-// from the file: the library reports it and reads on. The tool counts the
-// reports of one entry instead of letting each print a line.
-class ReportCounter {
- public:
-  explicit ReportCounter(int *count)
-      : count_(count), old_(Tarnex_setAssertHandler(&ReportCounter::count, count, &oldCtx_)) {}
-  ~ReportCounter() { Tarnex_setAssertHandler(old_, oldCtx_, nullptr); }
-  ReportCounter(const ReportCounter &) = delete;
-  ReportCounter &operator=(const ReportCounter &) = delete;
-
- private:
-  static void count(void *ctx, const char *, const char *, int32_t) { ++*static_cast<int *>(ctx); }
-  int *count_;
-  void *oldCtx_ = nullptr;
-  KvoAssertHandler old_;
-};
-
 std::string unknownWords(int n) {
   return n == 0 ? std::string()
                 : std::to_string(n) + (n == 1 ? " letter or word" : " letters or words") +
@@ -271,10 +254,13 @@ class ListingEntry final : public Record {
       start_ = IStrm_tell(in);
       dec_ = F::decBeg(in);
     }
-    unknown_ = 0;
+    // A permission letter or status word outside the library's tables is
+    // reported and left out: counted here, said beneath the entry.
     const int32_t r = [&] {
-      ReportCounter counter(&unknown_);
-      return F::decItem(dec_, item_);
+      LibraryReports reports;
+      const int32_t rc = F::decItem(dec_, item_);
+      unknown_ = reports.count();
+      return rc;
     }();
     if (r == OSTREL_OK || r == OSTREL_OBJECT) return 1;
     return r == OSTREL_EOS ? 0 : r;

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "Describe.h"
+#include "LibraryReports.h"
 #include "Pdu.h"
 #include "Scan.h"
 #include "tarnex/scratch.hpp"
@@ -58,27 +59,6 @@ std::string hexOf(const uint8_t *data, size_t n) {
   }
   return s;
 }
-
-// The codec refuses some PDUs through the foundation's check report (the
-// check's text on standard error): while a PDU decodes, the text is kept
-// instead, to go into the record's failure message.
-class CheckText {
- public:
-  CheckText() : old_(Tarnex_setAssertHandler(&CheckText::keep, this, &oldCtx_)) {}
-  ~CheckText() { Tarnex_setAssertHandler(old_, oldCtx_, nullptr); }
-  CheckText(const CheckText &) = delete;
-  CheckText &operator=(const CheckText &) = delete;
-  const std::string &text() const { return text_; }
-
- private:
-  static void keep(void *ctx, const char *text, const char *, int32_t) {
-    auto *self = static_cast<CheckText *>(ctx);
-    if (self->text_.empty()) self->text_ = text;
-  }
-  KvoAssertHandler old_;
-  void *oldCtx_ = nullptr;
-  std::string text_;
-};
 
 constexpr Kind kDeliver{"received message", "received messages"};
 constexpr Kind kSubmit{"outgoing message", "outgoing messages"};
@@ -166,10 +146,12 @@ class Pdu final : public Record {
       else
         text = "00" + text;
     }
-    CheckText check;
+    // The codec refuses some PDUs through its check report: the text goes
+    // into the record's failure message instead of standard error.
+    LibraryReports check;
     const int32_t rc = Psms_decIrax(text.c_str(), static_cast<int32_t>(text.size()), &item_, expType);
-    if (!check.text().empty())
-      failure_ += (failure_.empty() ? "" : "; ") + ("the codec's check \"" + check.text() + "\" refused it");
+    if (!check.first().empty())
+      failure_ += (failure_.empty() ? "" : "; ") + ("the codec's check \"" + check.first() + "\" refused it");
     if (rc < 0) return rc;
     // The library read the digit pairs before the fault: no record, and
     // no code of the library's to give.
