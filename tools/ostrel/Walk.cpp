@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <optional>
 #include <string_view>
 
 #include "Dropped.h"
@@ -166,7 +167,9 @@ namespace {
 
 // The repairs of the format that claims the file from its start (a listing
 // is the whole file), each said on standard error.
-std::string repaired(const Input &in, size_t start) {
+// Nothing when no listing claims the file: the bytes are read as they are,
+// not copied.
+std::optional<std::string> repaired(const Input &in, size_t start) {
   for (const Format &f : formats()) {
     if (!f.listing || f.repair == nullptr || !f.claims(std::string_view(in.data).substr(start)))
       continue;
@@ -176,7 +179,7 @@ std::string repaired(const Input &in, size_t start) {
       std::fprintf(stderr, "ostrel: %s: %s (--strict leaves it)\n", in.name.c_str(), r.c_str());
     return text;
   }
-  return in.data;
+  return std::nullopt;
 }
 
 // A listing: one record object reads every entry; a failure ends it, for
@@ -221,8 +224,8 @@ WalkResult walk(const Input &in, DroppedLines &dropped, const OnRecord &onRecord
                 const CodecOptions &codec, const Format *only, bool strict) {
   WalkResult result;
   const size_t markLen = std::string_view(in.data).substr(0, 3) == "\xEF\xBB\xBF" ? 3 : 0;
-  const std::string text = strict ? std::string() : repaired(in, markLen);
-  const std::string_view data(strict ? in.data : text);
+  const std::optional<std::string> text = strict ? std::nullopt : repaired(in, markLen);
+  const std::string_view data(text ? *text : in.data);
   tarnex::ScratchStrStrm stream(data);
   Claims claims(data);
   if (only != nullptr)
