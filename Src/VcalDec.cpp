@@ -7,6 +7,7 @@
 // still reach the record, which is how a second entry merges into the first.
 #include <climits>
 
+#include "detail/BoundedInt.h"
 #include "detail/Cal.h"
 #include "detail/CalTables.h"
 #include "detail/Object.h"
@@ -56,17 +57,8 @@ struct Cal {
   }
 };
 
-// atoi and strtol where the number fits 32 bits, clamped where it does not.
-int32_t readInt(const char *text) {
-  while (*text == ' ' || (*text >= '\t' && *text <= '\r')) ++text;
-  const bool neg = *text == '-';
-  if (*text == '-' || *text == '+') ++text;
-  int64_t n = 0;
-  for (; *text >= '0' && *text <= '9'; ++text)
-    if (n <= INT32_MAX) n = n * 10 + (*text - '0');
-  if (neg) n = -n;
-  return static_cast<int32_t>(n > INT32_MAX ? INT32_MAX : n < INT32_MIN ? INT32_MIN : n);
-}
+// Numbers in received text are the sender's: clamped, never overflowed.
+using ostrel::detail::boundedAtoi;
 
 const char *component(Cal &c, IStrm *val) {
   VpiVal_getCstr(val, c.tmp, 1, nullptr);
@@ -113,7 +105,7 @@ void alarm(Cal &c, IStrm *val, Alarm &a, KvoWcs *val1, KvoWcs *val2 = nullptr) {
   if (VpiVal_getCstr(val, tmp, 1, nullptr) != 0 && tmp.len() > 0)
     iso_dur_dec(tmp.c_str(), &a.snoozeTime);
   if (VpiVal_getCstr(val, tmp, 1, nullptr) != 0 && tmp.len() > 0)
-    a.repeatCount = readInt(tmp.c_str());
+    a.repeatCount = boundedAtoi(tmp.c_str());
   VpiVal_getCwcs(val, val1, 1, nullptr);
   if (val2 != nullptr) VpiVal_getCwcs(val, val2, 1, nullptr);
 }
@@ -172,7 +164,7 @@ constexpr PropRow kProps[] = {
        i.loc.loc = VpiParams_getVl(p);
        VpiVal_getCwcs(v, &i.loc.val, 1, nullptr); }},
     {"PRIORITY", [](Cal &c, CalItem &i, const KvoStr *, IStrm *v) {
-       const int32_t n = readInt(component(c, v));
+       const int32_t n = boundedAtoi(component(c, v));
        i.prio = n >= 1 && n <= 3 ? 1 << n : n; }},
     {"STATUS", [](Cal &c, CalItem &i, const KvoStr *, IStrm *v) {
        keyword(i.statId, i.statExt, cal::kStatMap, component(c, v)); }},
@@ -199,10 +191,10 @@ constexpr PropRow kProps[] = {
     {"EXRULE", TEXT(exceptRule)},
     {"RRULE", TEXT(recurRule)},
     {"SEQUENCE", [](Cal &c, CalItem &i, const KvoStr *, IStrm *v) {
-       i.chgCount = readInt(component(c, v)); }},
+       i.chgCount = boundedAtoi(component(c, v)); }},
     {"LAST-MODIFIED", DATE(modified)},
     {"TRANSP", [](Cal &c, CalItem &i, const KvoStr *, IStrm *v) {
-       i.timeTransp = readInt(component(c, v)); }},
+       i.timeTransp = boundedAtoi(component(c, v)); }},
     {"RELATED-TO", TEXT(relateTo)},
     {"UID", TEXT(uid)},
     {"RESOURCES", [](Cal &, CalItem &i, const KvoStr *, IStrm *v) {
